@@ -1,0 +1,206 @@
+#include "support/ObjectFileWriter.h"
+
+#include <cstdio>
+
+#include "support/Scrambler.h"
+
+namespace zortest {
+
+std::string format_number(double value) {
+    char text[64];
+    std::snprintf(text, sizeof text, "%.17g", value);
+    return text;
+}
+
+namespace {
+
+std::string numbers(const double* values, int n, const char* separator = " ") {
+    std::string out;
+    for (int i = 0; i < n; ++i) {
+        if (i > 0) out += separator;
+        out += format_number(values[i]);
+    }
+    return out;
+}
+
+std::string floats(const std::array<float, 4>& values, int n) {
+    double wide[4];
+    for (int i = 0; i < n; ++i) wide[i] = values[static_cast<std::size_t>(i)];
+    return numbers(wide, n);
+}
+
+std::string xyz(const Xyz& p) { return numbers(p.data(), 3, ","); }
+
+}  // namespace
+
+ObjectFileWriter::ObjectFileWriter(int version) : m_version(version) {}
+
+std::string ObjectFileWriter::versionLine() const {
+    char text[64];
+    std::snprintf(text, sizeof text, "// Version: %d.%02d", m_version / 100, m_version % 100);
+    return text;
+}
+
+ObjectFileWriter& ObjectFileWriter::line(const std::string& text) {
+    m_lines.push_back(text);
+    return *this;
+}
+
+ObjectFileWriter& ObjectFileWriter::field(const std::string& label, const std::string& value) {
+    return line(label + " < " + value + " >");
+}
+
+ObjectFileWriter& ObjectFileWriter::field(const std::string& label, double value) {
+    return field(label, format_number(value));
+}
+
+ObjectFileWriter& ObjectFileWriter::open(const std::string& keyword) { return line(keyword + " {"); }
+
+ObjectFileWriter& ObjectFileWriter::close() { return line("}"); }
+
+ObjectFileWriter& ObjectFileWriter::geometry(const Geometry& g, const std::string& name) {
+    if (m_version > 101) field("Has Geometry", g.present ? "1" : "0");
+    field("Geometry Kind", "0");
+    field("Geometry Size", "0");
+    if (g.present) {
+        field("Num Vertices", std::to_string(g.vertices.size()));
+        for (const Xyz& v : g.vertices) field("Vertex", xyz(v));
+        for (const auto* list : {&g.list1, &g.list2}) {
+            field("Num Points", std::to_string(list->size()));
+            for (const Xyz& p : *list) field("Point", xyz(p));
+        }
+        field("Num Normals", "0");
+        field("Smoothing", "0");
+        field("Num Triangles", std::to_string(g.triangles.size()));
+        for (const auto& t : g.triangles)
+            field("Triangle", std::to_string(t[0]) + "/" + std::to_string(t[1]) + "/" + std::to_string(t[2]));
+        open("Mesh Data");
+        field("Unused", "0");
+        close();
+    } else if (m_version <= 101) {
+        // Old files have no flag: a field that is not "Num Vertices" says
+        // there is no vertex list.
+        field("Label", name);
+    }
+    return field("Name", name);
+}
+
+ObjectFileWriter& ObjectFileWriter::tail(const Tail& t) {
+    line("Placement");
+    field("Tail Text", t.text);
+    field("Unit", std::to_string(t.unit));
+    if (m_version >= 113) field("Layer", "0");
+    if (m_version > 106) {
+        field("Extra", std::to_string(t.extra));
+        if (t.extra != 0) {
+            line("Extra line 1");
+            line("Extra line 2");
+            if (m_version > 109) field("Flag", std::to_string(t.flag));
+        }
+    }
+    field("Colour", floats(t.quad, 4));
+    line("Matrix");
+    for (const auto& row : t.matrix) field("Row", numbers(row, 4));
+    field("Vector", floats(t.vector, 4));
+    for (int i = 0; i < 4; ++i) line("Material line " + std::to_string(i));
+    for (int block = 0; block < 3; ++block) {
+        field("Triple", "0 0 0");
+        for (int i = 0; i < 3; ++i) line("Light line " + std::to_string(i));
+    }
+    for (int i = 0; i < 4; ++i) field("Option", "0");
+    line("Reserved 1");
+    line("Reserved 2");
+    field("Attachment", t.attachName);
+    if (m_version >= 103) field("Attachment Key", t.attachKey);
+    if (m_version >= 106) field("Attachment Index", std::to_string(t.attachIndex));
+    field("Further Lines", std::to_string(t.furtherLines));
+    for (int i = 0; i < t.furtherLines; ++i) line("Further " + std::to_string(i));
+    field("Nested", t.nestedBlock ? "1" : "0");
+    if (t.nestedBlock) {
+        open("Nested Block");
+        field("Inner", "1");
+        open("Inner Block");
+        close();
+        close();
+    }
+    if (m_version < 115) {
+        open("Old Block");
+        field("Old", "0");
+        close();
+    }
+    return close();
+}
+
+ObjectFileWriter& ObjectFileWriter::cube(double d1, double d2, double d3, const std::string& name, const Tail& t,
+                                         const Geometry& g, const std::array<std::string, 3>& texts) {
+    open("C3dObjectCube");
+    field("Width", d2);
+    field("Depth", d3);
+    field("Height", d1);
+    field("Width Text", texts[1]);
+    field("Depth Text", texts[2]);
+    field("Height Text", texts[0]);
+    return geometry(g, name).tail(t);
+}
+
+ObjectFileWriter& ObjectFileWriter::cylinder(double d1, double d2, double d3, const std::string& name,
+                                             const Tail& t, const Geometry& g) {
+    open("C3dObjectCylinder");
+    line("Cylinder line 1");
+    line("Cylinder line 2");
+    field("Radius", d1);
+    field("Height", d2);
+    field("Top Radius", d3);
+    for (int i = 0; i < 6; ++i) line("Cylinder option " + std::to_string(i));
+    return geometry(g, name).tail(t);
+}
+
+ObjectFileWriter& ObjectFileWriter::cone(double d1, double d2, const std::string& name, const Tail& t,
+                                         const Geometry& g) {
+    open("C3dObjectCone");
+    line("Cone line");
+    field("Radius", d1);
+    field("Height", d2);
+    for (int i = 0; i < 4; ++i) line("Cone option " + std::to_string(i));
+    return geometry(g, name).tail(t);
+}
+
+ObjectFileWriter& ObjectFileWriter::sphere(double d1, const std::string& name, const Tail& t, const Geometry& g) {
+    open("C3dObjectSphere");
+    field("Radius", d1);
+    for (int i = 0; i < 5; ++i) line("Sphere option " + std::to_string(i));
+    return geometry(g, name).tail(t);
+}
+
+ObjectFileWriter& ObjectFileWriter::torus(double d1, double d2, const std::string& name, const Tail& t,
+                                          const Geometry& g) {
+    open("C3dObjectTorus");
+    field("Major Radius", d1);
+    line("Torus line");
+    field("Minor Radius", d2);
+    for (int i = 0; i < 5; ++i) line("Torus option " + std::to_string(i));
+    return geometry(g, name).tail(t);
+}
+
+ObjectFileWriter& ObjectFileWriter::fileReference(const std::string& file, const std::string& name,
+                                                  const Tail& t) {
+    open("C3dObjectFile");
+    field("First", "3");
+    field("File", file);
+    field("Text", "reference");
+    if (m_version > 109) field("Flag", "1");
+    field("Name", name);
+    return tail(t);
+}
+
+std::string ObjectFileWriter::plain() const {
+    std::string out = versionLine() + "\n";
+    for (const std::string& l : m_lines) out += l + "\n";
+    return out;
+}
+
+std::string ObjectFileWriter::scrambled(const std::vector<int>& keys) const {
+    return ScrambleFile(versionLine(), m_lines, keys);
+}
+
+}  // namespace zortest

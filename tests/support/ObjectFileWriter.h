@@ -1,0 +1,81 @@
+// Builds object files for tests: each record kind is emitted as the reader
+// expects its lines (labels are free, values in brackets), with the lines that
+// depend on the file's version. A test then reads like "a cube of version 1.05
+// with unit 2 and this matrix" instead of fifty typed lines.
+#pragma once
+
+#include <array>
+#include <string>
+#include <vector>
+
+namespace zortest {
+
+using Xyz = std::array<double, 3>;
+
+// The geometry block shared by all solid records.
+struct Geometry {
+    bool present = false;  // the geometry flag (files after 1.01 carry it)
+    std::vector<Xyz> vertices;
+    std::vector<Xyz> list1, list2;
+    std::vector<std::array<int, 3>> triangles;
+};
+
+// The common tail of every object record.
+struct Tail {
+    std::string text = "tail";
+    int unit = 1;
+    int extra = 0;  // non-zero adds two lines and, after 1.09, the flag line
+    int flag = 0;
+    std::array<float, 4> quad = {0.25f, 0.5f, 0.75f, 1.0f};
+    double matrix[4][4] = {{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}};
+    std::array<float, 4> vector = {0, 0, 0, 0};
+    std::string attachName = "None";
+    std::string attachKey = "1";
+    int attachIndex = 0;
+    int furtherLines = 0;
+    bool nestedBlock = false;
+};
+
+class ObjectFileWriter {
+public:
+    // version is the file version x 100 (115 for 1.15).
+    explicit ObjectFileWriter(int version);
+
+    int version() const { return m_version; }
+    // "// Version: 1.15"
+    std::string versionLine() const;
+
+    // Building blocks.
+    ObjectFileWriter& line(const std::string& text);
+    ObjectFileWriter& field(const std::string& label, const std::string& value);
+    ObjectFileWriter& field(const std::string& label, double value);
+    ObjectFileWriter& open(const std::string& keyword);  // "keyword {"
+    ObjectFileWriter& close();                           // "}"
+    ObjectFileWriter& geometry(const Geometry& g, const std::string& name);
+    ObjectFileWriter& tail(const Tail& t);  // ends with the record's "}"
+
+    // Whole records (opener, type-specific lines, geometry block, tail).
+    ObjectFileWriter& cube(double d1, double d2, double d3, const std::string& name, const Tail& t = {},
+                           const Geometry& g = {}, const std::array<std::string, 3>& texts = {"t4", "t5", "t6"});
+    ObjectFileWriter& cylinder(double d1, double d2, double d3, const std::string& name, const Tail& t = {},
+                               const Geometry& g = {});
+    ObjectFileWriter& cone(double d1, double d2, const std::string& name, const Tail& t = {}, const Geometry& g = {});
+    ObjectFileWriter& sphere(double d1, const std::string& name, const Tail& t = {}, const Geometry& g = {});
+    ObjectFileWriter& torus(double d1, double d2, const std::string& name, const Tail& t = {},
+                            const Geometry& g = {});
+    // A "C3dObjectFile" record referring to file.
+    ObjectFileWriter& fileReference(const std::string& file, const std::string& name, const Tail& t = {});
+
+    // The body lines (everything after the version line).
+    const std::vector<std::string>& body() const { return m_lines; }
+    std::string plain() const;
+    std::string scrambled(const std::vector<int>& keys = {42, 7, 123, 999}) const;
+
+private:
+    int m_version;
+    std::vector<std::string> m_lines;
+};
+
+std::string format_number(double value);
+
+}  // namespace zortest

@@ -31,7 +31,7 @@ struct CRuntimeClass {
 #define DECLARE_DYNAMIC(class_name)                 \
 public:                                             \
     static const CRuntimeClass class##class_name;   \
-    virtual CRuntimeClass* GetRuntimeClass() const;
+    CRuntimeClass* GetRuntimeClass() const override;
 
 #define IMPLEMENT_DYNAMIC(class_name, base_class_name)                                        \
     const CRuntimeClass class_name::class##class_name = {#class_name, sizeof(class_name),     \

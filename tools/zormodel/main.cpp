@@ -3,9 +3,11 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <chrono>
 #include <cstring>
 
 #include "Commands.h"
+#include "RunStats.h"
 
 namespace zormodel {
 
@@ -36,6 +38,22 @@ int main(int argc, char** argv) {
     app.require_subcommand(1);
     zormodel::add_objects_command(app);
     zormodel::add_descramble_command(app);
-    CLI11_PARSE(app, argc, argv);
-    return 0;
+    bool stats = false;
+    app.add_flag("--stats", stats, "Print wall time and peak memory on standard error");
+    const auto start = std::chrono::steady_clock::now();
+    int status = 0;
+    {
+        // The input is the first argument that names an existing file.
+        std::string input;
+        for (int i = 1; i < argc && input.empty(); ++i)
+            if (argv[i][0] != '-' && zormodel::readable_file(argv[i])) input = argv[i];
+        zormodel::ProgressBar progress(input);
+        try {
+            app.parse(argc, argv);
+        } catch (const CLI::Error& e) {
+            status = app.exit(e);
+        }
+    }
+    if (stats) zormodel::print_run_stats(start);
+    return status;
 }

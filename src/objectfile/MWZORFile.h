@@ -239,6 +239,14 @@ protected:
                                      CString* tailText, CString* attachName, CString* attachKey,
                                      unsigned int* attachIndex, int* recordUnits, int* flag);
     ZOR_INTERNAL bool SkipLines(int count);
+    // Profile records: count integer fields consumed; the old files' lines
+    // after an outline block; geometry block, tail and unit conversion.
+    ZOR_INTERNAL bool SkipIntLines(int count);
+    ZOR_INTERNAL bool SkipProfileTrailer();
+    ZOR_INTERNAL bool ReadProfileTail(double vector[4], CMWZORSegmentPtrArray* segments, double matrix[4][4],
+                                      CMWZORPointArray* list1, CMWZORPointArray* list2, float quad[4],
+                                      CString* name, CString* tailText, CString* attachName, CString* attachKey,
+                                      unsigned int* attachIndex);
     // A solid record: layout lists its type-specific lines in file order, one
     // character a line: 'a' 'b' 'c' a double into dims[0..2], 'D' 'E' 'F' a
     // text into texts[0..2], 's' a line consumed.

@@ -4,6 +4,7 @@
 #include <fstream>
 #include <string>
 
+#include "profile/MWZORProfile.h"
 #include "support/ObjectFileWriter.h"
 
 namespace {
@@ -36,6 +37,84 @@ zortest::ObjectFileWriter primitives(int version, int unit) {
     return w;
 }
 
+// Profiles: a plate with rounded corners (counter-clockwise), a keyhole in
+// inches (clockwise arcs) and the half section of a turned pin (both).
+void rounded_plate(CMWZORSegmentArray& p) {
+    const double w = 60, h = 30, r = 5;
+    p.AddPoint(r, 0, 0);
+    p.AddPoint(w - r, 0, 0);
+    p.AddArc(w - r, r, 0, w, r, 0, IO_CCLW);
+    p.AddPoint(w, h - r, 0);
+    p.AddArc(w - r, h - r, 0, w - r, h, 0, IO_CCLW);
+    p.AddPoint(r, h, 0);
+    p.AddArc(r, h - r, 0, 0, h - r, 0, IO_CCLW);
+    p.AddPoint(0, r, 0);
+    p.AddArc(r, r, 0, r, 0, 0, IO_CCLW);
+}
+
+void keyhole(CMWZORSegmentArray& p) {
+    const double y = -0.4330127018922193;  // where the slot meets the round
+    p.AddPoint(-0.25, -1.5, 0);
+    p.AddPoint(-0.25, y, 0);
+    p.AddArc(0, 0, 0, 0.25, y, 0, IO_CLW);
+    p.AddPoint(0.25, -1.5, 0);
+    p.AddArc(0, -1.5, 0, -0.25, -1.5, 0, IO_CLW);
+}
+
+void turned_pin(CMWZORSegmentArray& p) {
+    p.AddPoint(0, 0, 0);
+    p.AddPoint(8, 0, 0);
+    p.AddArc(8, 2, 0, 10, 2, 0, IO_CCLW);    // fillet
+    p.AddPoint(10, 25, 0);
+    p.AddArc(10, 28, 0, 10, 31, 0, IO_CLW);  // groove
+    p.AddPoint(10, 40, 0);
+    p.AddPoint(6, 44, 0);                    // chamfer
+    p.AddArc(0, 44, 0, 0, 50, 0, IO_CCLW);   // dome
+    p.AddPoint(0, 0, 0);
+}
+
+void save_extrusion(const std::string& path, void (*shape)(CMWZORSegmentArray&), int unit, double z0, double z1) {
+    CMWZORExtrude e;
+    e.SetUnit(unit);
+    if (unit == 2) e.m_tolerance = 0.0002;
+    shape(e);
+    if (e.WriteFile(path.c_str(), z0, z1)) std::printf("wrote %s\n", path.c_str());
+}
+
+void save_sweep(const std::string& path, void (*shape)(CMWZORSegmentArray&)) {
+    CMWZORSweep s;
+    s.m_tolerance = 0.01;
+    shape(s);
+    if (s.WriteFile(path.c_str())) std::printf("wrote %s\n", path.c_str());
+}
+
+zortest::ObjectFileWriter::Outline outline_of(void (*shape)(CMWZORSegmentArray&), int closed) {
+    CMWZORSegmentArray list;
+    shape(list);
+    zortest::ObjectFileWriter::Outline o;
+    o.closed = closed;
+    for (long long i = 0; i < list.m_segments.GetSize(); ++i) {
+        const CMWZORSegment* s = list.m_segments[i];
+        const CMWZORPoint* end = s->m_points[s->m_points.GetSize() - 1];
+        if (s->m_type == IO_LINE) {
+            o.segments.push_back({"LINE", {end->x, end->y, end->z}});
+        } else {
+            const CMWZORPoint* c = s->m_points[0];
+            o.segments.push_back({s->m_type == IO_CLW ? "CLW" : "CCLW", {c->x, c->y, c->z, end->x, end->y, end->z}});
+        }
+    }
+    return o;
+}
+
+zortest::ObjectFileWriter profile_records(int version) {
+    zortest::ObjectFileWriter w(version);
+    zortest::Tail t;
+    t.matrix[2][3] = 5.0;
+    w.extrusion({0, 0, 1}, 10, outline_of(rounded_plate, 1), "Plate", t);
+    w.revolution(360, outline_of(turned_pin, 0), "Pin", t);
+    return w;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -48,5 +127,10 @@ int main(int argc, char** argv) {
     save(dir + "/objects/primitives-1.05-inch.obj", primitives(105, 2).plain());
     save(dir + "/objects/primitives-1.01.obj", primitives(101, 1).plain());
     save(dir + "/objects/scrambled-1.13.obj", primitives(113, 2).scrambled());
+    save_extrusion(dir + "/profiles/rounded-plate.ext", rounded_plate, 1, 0, 10);
+    save_extrusion(dir + "/profiles/keyhole-inch.ext", keyhole, 2, 0, 0.25);
+    save_sweep(dir + "/profiles/turned-pin.swp", turned_pin);
+    save(dir + "/objects/profiles-1.13.obj", profile_records(113).plain());
+    save(dir + "/objects/profiles-1.15.obj", profile_records(115).plain());
     return 0;
 }

@@ -203,4 +203,58 @@ std::string ObjectFileWriter::scrambled(const std::vector<int>& keys) const {
     return ScrambleFile(versionLine(), m_lines, keys);
 }
 
+// Profile records.
+
+ObjectFileWriter& ObjectFileWriter::outline(const Outline& o) {
+    open("Outline");
+    if (m_version < 114) {
+        for (int i = 0; i < 3; ++i) field("Outline Flag", "0");
+        field("Closed", std::to_string(o.closed));
+        for (int i = 0; i < 11; ++i) field("Outline Value", 0.5 * i);
+        for (int i = 0; i < 3; ++i) field("Outline Option", "1");
+    }
+    field("Segments", std::to_string(o.count ? *o.count : static_cast<int>(o.segments.size())));
+    for (const ProfileSegment& s : o.segments)
+        line(s.keyword + " < " + numbers(s.values.data(), static_cast<int>(s.values.size()), ",") + " >");
+    for (int i = 0; i < o.trailingLines; ++i) field("Outline Trailer", "0");
+    return close();
+}
+
+ObjectFileWriter& ObjectFileWriter::extrusion(const Xyz& direction, double length, const Outline& o,
+                                              const std::string& name, const Tail& t, const Geometry& g) {
+    open("C3dObjectSplineExtrude");
+    if (m_version < 115) {
+        field("Extrude Flag", "0");
+        field("Extrude Flag", "1");
+    }
+    field("Direction", numbers(direction.data(), 3));
+    field("Length", length);
+    field("Range", "0 1");
+    outline(o);
+    if (m_version < 115) {
+        field("Triple", "0 0 0");
+        field("Triple", "1 1 1");
+        for (int i = 0; i < 4; ++i) field("Extrude Option", "0");
+    }
+    return geometry(g, name).tail(t);
+}
+
+ObjectFileWriter& ObjectFileWriter::revolution(double angle, const Outline& o, const std::string& name,
+                                               const Tail& t, const Geometry& g) {
+    open("C3dObjectSplineLathe");
+    if (m_version < 114) {
+        field("Lathe Value", 3.5);
+        line("Lathe line 1");
+        field("Angle", angle);
+        line("Lathe line 2");
+    }
+    outline(o);
+    if (m_version < 114) {
+        field("Triple", "0 0 0");
+        field("Triple", "1 1 1");
+        for (int i = 0; i < 4; ++i) field("Lathe Option", "0");
+    }
+    return geometry(g, name).tail(t);
+}
+
 }  // namespace zortest

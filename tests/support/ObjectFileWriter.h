@@ -5,6 +5,7 @@
 #pragma once
 
 #include <array>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -74,6 +75,25 @@ public:
 private:
     int m_version;
     std::vector<std::string> m_lines;
+
+public:
+    // Profile records: the outline block and the extrusion and revolution
+    // records that hold one.
+    struct ProfileSegment {
+        std::string keyword;         // "LINE", "CLW", "CCLW" or anything else
+        std::vector<double> values;  // written comma-separated in brackets
+    };
+    struct Outline {
+        std::vector<ProfileSegment> segments;
+        int closed = 0;            // the closed flag of files before 1.14
+        std::optional<int> count;  // the count line; segments.size() when empty
+        int trailingLines = 1;     // lines before the block's "}"
+    };
+    ObjectFileWriter& outline(const Outline& o);
+    ObjectFileWriter& extrusion(const Xyz& direction, double length, const Outline& o, const std::string& name,
+                                const Tail& t = {}, const Geometry& g = {});
+    ObjectFileWriter& revolution(double angle, const Outline& o, const std::string& name, const Tail& t = {},
+                                 const Geometry& g = {});
 };
 
 std::string format_number(double value);

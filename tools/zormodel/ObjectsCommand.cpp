@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Commands.h"
+#include "ProfileSvg.h"
 #include "Report.h"
 #include "ZORModelIo.h"
 
@@ -119,6 +120,39 @@ bool read_file_reference(CMWZORFile& f, Report& r) {
     return true;
 }
 
+// Extrusion and revolution records: the profile's segments (a closed
+// outline may end in an empty slot) and the record's own values.
+bool read_profile_record(CMWZORFile& f, Report& r, bool extrusion) {
+    SharedGroup g;
+    unsigned int count = 0;
+    CMWZORSegmentPtrArray segments;
+    double direction[4] = {0, 0, 0, 0};
+    double value = 0;
+    const bool ok =
+        extrusion ? f.ReadExtrusion(g.vector, &count, &segments, &g.texts[0], &g.texts[1], &g.texts[2], g.matrix,
+                                    &g.list1, &g.list2, g.quad, direction, &value, &g.name, &g.tailText,
+                                    &g.attachName, &g.attachKey, &g.attachIndex)
+                  : f.ReadRevolution(g.vector, &count, &segments, &g.texts[0], &g.texts[1], &g.texts[2], g.matrix,
+                                     &g.list1, &g.list2, g.quad, direction, &value, &g.name, &g.tailText,
+                                     &g.attachName, &g.attachKey, &g.attachIndex);
+    std::vector<Report> items;
+    for (long long i = 0; i < segments.GetSize(); ++i) {
+        items.push_back(segment_report(segments[i]));
+        delete segments[i];
+    }
+    if (!ok) return false;
+    r.text("name", g.name.GetString());
+    r.numbers(extrusion ? "direction" : "axis", {direction[0], direction[1], direction[2]});
+    r.number(extrusion ? "length" : "angle", value);
+    r.integer("count", count);
+    g.addTo(r);
+    r.list("segments", std::move(items));
+    return true;
+}
+
+bool read_extrusion(CMWZORFile& f, Report& r) { return read_profile_record(f, r, true); }
+bool read_revolution(CMWZORFile& f, Report& r) { return read_profile_record(f, r, false); }
+
 struct RecordKind {
     const char* name;
     Reader read;  // null: the record is skipped with ReadDummy
@@ -132,6 +166,8 @@ const std::map<unsigned int, RecordKind>& record_kinds() {
         {ZOR_RECORD_SPHERE, {"sphere", read_sphere}},
         {ZOR_RECORD_TORUS, {"torus", read_torus}},
         {ZOR_RECORD_FILE, {"file", read_file_reference}},
+        {ZOR_RECORD_EXTRUSION, {"extrusion", read_extrusion}},
+        {ZOR_RECORD_REVOLUTION, {"revolution", read_revolution}},
     };
     return kinds;
 }

@@ -1,0 +1,117 @@
+// zormodel profile FILE: reads a native extrusion or sweep profile file and
+// prints its header and segments, or draws it as an SVG picture.
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Commands.h"
+#include "ProfileSvg.h"
+#include "Report.h"
+#include "ZORModelIo.h"
+
+namespace zormodel {
+
+namespace {
+
+// The first and third lines of the file, trimmed and upper-cased as the
+// reader sees them.
+std::vector<std::string> head_lines(const std::string& path) {
+    std::vector<std::string> lines;
+    std::FILE* f = std::fopen(path.c_str(), "r");
+    if (f == nullptr) return lines;
+    char buffer[100];
+    while (lines.size() < 3 && std::fgets(buffer, sizeof buffer, f) != nullptr) {
+        CString line(buffer);
+        lines.push_back(line.Trim().MakeUpper().GetString());
+    }
+    std::fclose(f);
+    return lines;
+}
+
+// An extrusion file by its magic, else by a Z line in third place.
+bool looks_like_extrusion(const std::string& path) {
+    std::vector<std::string> lines = head_lines(path);
+    if (!lines.empty() && lines[0].rfind("KOLP EXTRUDE FILE", 0) == 0) return true;
+    if (!lines.empty() && lines[0].rfind("KOLP SWEEP FILE", 0) == 0) return false;
+    return lines.size() >= 3 && lines[2].rfind("Z", 0) == 0;
+}
+
+std::unique_ptr<CMWZORSegmentArray> make_profile(bool extrusion) {
+    if (extrusion) return std::make_unique<CMWZORExtrude>();
+    return std::make_unique<CMWZORSweep>();
+}
+
+bool read_profile(CMWZORSegmentArray& list, bool extrusion, const std::string& path, unsigned int unit) {
+    if (extrusion) return static_cast<CMWZORExtrude&>(list).ResadFile(path.c_str(), unit);
+    return static_cast<CMWZORSweep&>(list).ResadFile(path.c_str(), unit);
+}
+
+// The unit the file is written in: reading it into the other unit shows
+// which conversion the reader chose. 0 when the file names neither.
+unsigned int file_unit(bool extrusion, const std::string& path) {
+    auto probe = make_profile(extrusion);
+    read_profile(*probe, extrusion, path, 1);
+    if (probe->m_scale == 25.4) return 2;
+    probe = make_profile(extrusion);
+    read_profile(*probe, extrusion, path, 2);
+    return probe->m_scale != 1.0 ? 1 : 0;
+}
+
+std::string unit_name(int unit) { return unit == 1 ? "mm" : unit == 2 ? "in" : "unit " + std::to_string(unit); }
+
+}  // namespace
+
+void add_profile_command(CLI::App& app) {
+    auto* cmd = app.add_subcommand("profile", "Print or draw a native extrusion or sweep profile file");
+    static std::string path, units, svg;
+    static bool json = false;
+    cmd->add_option("FILE", path, "Profile file (KOLP EXTRUDE FILE or KOLP SWEEP FILE)")->required();
+    cmd->add_option("--units", units, "Unit to convert coordinates to (default: the file's)")
+        ->check(CLI::IsMember({"mm", "in"}));
+    cmd->add_option("--svg", svg, "Draw the profile into this SVG file");
+    cmd->add_flag("--json", json, "Print the profile as JSON");
+    cmd->callback([] {
+        if (!readable_file(path)) throw CLI::RuntimeError(fail_unreadable(path));
+        const bool extrusion = looks_like_extrusion(path);
+        const unsigned int unit =
+            units.empty() ? file_unit(extrusion, path) : static_cast<unsigned int>(unit_code(units));
+        auto list = make_profile(extrusion);
+        if (!read_profile(*list, extrusion, path, unit)) throw CLI::RuntimeError(fail_unreadable(path));
+
+        std::vector<Report> segments;
+        for (long long i = 0; i < list->m_segments.GetSize(); ++i)
+            segments.push_back(segment_report(list->m_segments[i]));
+        Report report(extrusion ? "extrusion" : "sweep");
+        report.text("file", path);
+        report.text("unit", unit_name(list->GetUnit())).number("tolerance", list->m_tolerance);
+        report.integer("version", list->m_version);
+        if (extrusion) {
+            double zMin = 0, zMax = 0;
+            static_cast<CMWZORExtrude&>(*list).GetZValues(&zMin, &zMax);
+            report.numbers("z", {zMin, zMax});
+        }
+        report.integer("count", static_cast<long long>(segments.size()));
+
+        if (!svg.empty()) {
+            const std::string title = path.substr(path.find_last_of('/') + 1) + "  (" +
+                                      (extrusion ? "extrusion" : "sweep") + ", " + unit_name(list->GetUnit()) +
+                                      ", tolerance " + format_double(list->m_tolerance) + ")";
+            if (!write_profile_svg(*list, svg, title)) {
+                std::fprintf(stderr, "zormodel: %s: cannot be written\n", svg.c_str());
+                throw CLI::RuntimeError(2);
+            }
+        }
+        report.list("segments", std::move(segments));
+        if (json) {
+            report.printJson(stdout);
+            std::fputs("\n", stdout);
+        } else {
+            report.printText(stdout);
+            if (!svg.empty()) std::printf("wrote %s\n", svg.c_str());
+        }
+    });
+}
+
+}  // namespace zormodel

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "support/ObjectFileWriter.h"
+#include "support/ToolLibraryWriter.h"
 
 namespace {
 
@@ -36,6 +37,22 @@ zortest::ObjectFileWriter primitives(int version, int unit) {
     return w;
 }
 
+// Three tools: attributes, nested values and a nested holder group.
+std::string tool_library() {
+    using zortest::XmlElement;
+    XmlElement holder("Holder");
+    holder.add(XmlElement("Type", "HSK63")).add(XmlElement("Gauge", "120"));
+    XmlElement drill("TOOL");
+    drill.attr("Name", "Drill 8").attr("Number", "1");
+    drill.add(XmlElement("Diameter", "8")).add(XmlElement("Length", "95")).add(holder);
+    XmlElement mill("TOOL");
+    mill.attr("Name", "End mill 12").attr("Number", "2");
+    mill.add(holder).add(XmlElement("Diameter", "12")).add(XmlElement("Flutes", "4"));
+    XmlElement ball("TOOL");
+    ball.attr("Name", "Ball mill 6").attr("Number", "3").attr("Radius", "3");
+    return zortest::tool_library({drill, mill, ball});
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -48,5 +65,6 @@ int main(int argc, char** argv) {
     save(dir + "/objects/primitives-1.05-inch.obj", primitives(105, 2).plain());
     save(dir + "/objects/primitives-1.01.obj", primitives(101, 1).plain());
     save(dir + "/objects/scrambled-1.13.obj", primitives(113, 2).scrambled());
+    save(dir + "/tools/tool-library.xml", tool_library());
     return 0;
 }

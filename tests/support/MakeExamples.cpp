@@ -6,6 +6,7 @@
 
 #include "profile/MWZORProfile.h"
 #include "support/ObjectFileWriter.h"
+#include "support/ToolLibraryWriter.h"
 
 namespace {
 
@@ -115,6 +116,22 @@ zortest::ObjectFileWriter profile_records(int version) {
     return w;
 }
 
+// Three tools: attributes, nested values and a nested holder group.
+std::string tool_library() {
+    using zortest::XmlElement;
+    XmlElement holder("Holder");
+    holder.add(XmlElement("Type", "HSK63")).add(XmlElement("Gauge", "120"));
+    XmlElement drill("TOOL");
+    drill.attr("Name", "Drill 8").attr("Number", "1");
+    drill.add(XmlElement("Diameter", "8")).add(XmlElement("Length", "95")).add(holder);
+    XmlElement mill("TOOL");
+    mill.attr("Name", "End mill 12").attr("Number", "2");
+    mill.add(holder).add(XmlElement("Diameter", "12")).add(XmlElement("Flutes", "4"));
+    XmlElement ball("TOOL");
+    ball.attr("Name", "Ball mill 6").attr("Number", "3").attr("Radius", "3");
+    return zortest::tool_library({drill, mill, ball});
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -132,5 +149,6 @@ int main(int argc, char** argv) {
     save_sweep(dir + "/profiles/turned-pin.swp", turned_pin);
     save(dir + "/objects/profiles-1.13.obj", profile_records(113).plain());
     save(dir + "/objects/profiles-1.15.obj", profile_records(115).plain());
+    save(dir + "/tools/tool-library.xml", tool_library());
     return 0;
 }

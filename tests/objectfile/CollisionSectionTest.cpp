@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <functional>
 
 #include "ObjectFileTestUtil.h"
 
@@ -28,6 +29,18 @@ struct Section {
                zortest::format_number(values[i]);
     }
 };
+
+}  // namespace
+
+namespace zortest {
+std::FILE* open_stream(const std::string& path, long offset) {
+    std::FILE* stream = std::fopen(path.c_str(), "r");
+    if (stream != nullptr) std::fseek(stream, offset, SEEK_SET);
+    return stream;
+}
+}  // namespace zortest
+
+namespace {
 
 // Reads the spheres in front of the section, which fill the name table.
 void read_spheres(zortest::TestFile& f, int n) {
@@ -149,6 +162,76 @@ TEST(CollisionSectionTest, SectionCutShortKeepsWhatWasStored) {
         Section s(*f.file);
         EXPECT_FALSE(s.ok) << n;
     }
+}
+
+// The bundled scene: every record kind, then its collision section, which a
+// host reads from where the walk's last ReadType began.
+TEST(CollisionSectionTest, SceneExampleIsReadInFull) {
+    zor::reset_object_file_state();
+    const std::string path = std::string(ZOR_EXAMPLES_DIR) + "/objects/scene-1.15.obj";
+    zortest::TestFile f(path.c_str(), 0, 1, 1);
+    ASSERT_NE(f.m_stream, nullptr);
+    std::string kinds;
+    unsigned int type = 0;
+    long start = std::ftell(f.m_stream);
+    while (f.ReadType(&type)) {
+        zortest::SolidOutputs o;
+        bool ok = true;
+        double d[3];
+        switch (type) {
+            case ZOR_RECORD_CUBE:
+                ok = zortest::read_cube(f, o);
+                break;
+            case ZOR_RECORD_SPHERE:
+                ok = zortest::read_sphere(f, o);
+                break;
+            case ZOR_RECORD_CYLINDER:
+                ok = f.ReadCylinder(&d[0], &d[1], &d[2], o.vector, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                                    o.matrix, &o.list1, &o.list2, o.quad, &o.name, nullptr, nullptr, nullptr, nullptr);
+                break;
+            case ZOR_RECORD_CONE:
+            case ZOR_RECORD_TORUS:
+                ok = std::invoke(type == ZOR_RECORD_CONE ? &CMWZORFile::ReadCone : &CMWZORFile::ReadTorus, f, &d[0],
+                                 &d[1], o.vector, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, o.matrix,
+                                 &o.list1, &o.list2, o.quad, &o.name, nullptr, nullptr, nullptr, nullptr);
+                break;
+            case ZOR_RECORD_MESH:
+                ok = f.ReadMesh(o.vector, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, o.matrix,
+                                nullptr, nullptr, o.quad, &o.name, nullptr, nullptr, nullptr, nullptr);
+                break;
+            case ZOR_RECORD_PART:
+            case ZOR_RECORD_TOOL:
+                ok = std::invoke(type == ZOR_RECORD_PART ? &CMWZORFile::ReadPart : &CMWZORFile::ReadTool, f, o.vector,
+                                 nullptr, nullptr, nullptr, o.matrix, nullptr, nullptr, o.quad, &o.name, nullptr,
+                                 nullptr, nullptr, nullptr);
+                break;
+            case ZOR_RECORD_ENGINE: {
+                double p6to9[4];
+                ok = f.ReadEngin(&o.name, nullptr, nullptr, nullptr, nullptr, p6to9, nullptr, nullptr, nullptr, nullptr,
+                                 nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                                 nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
+                break;
+            }
+            case ZOR_RECORD_FILE:
+                ok = f.ReadObjectFile(nullptr, nullptr, nullptr, o.vector, nullptr, nullptr, nullptr, o.matrix, nullptr,
+                                      nullptr, o.quad, &o.name, nullptr, nullptr, nullptr, nullptr, nullptr);
+                break;
+            case ZOR_RECORD_CONTAINER:
+                break;
+            default:
+                f.ReadDummy();
+        }
+        ASSERT_TRUE(ok) << "record " << type;
+        kinds += std::to_string(type) + " ";
+        start = std::ftell(f.m_stream);
+    }
+    EXPECT_EQ(kinds, "1 16 2 6 11 12 4 4 9 13 14 15 0 7 8 ");
+    f.m_stream = zortest::open_stream(path, start);
+    Section s(f);
+    ASSERT_TRUE(s.ok);
+    ASSERT_EQ(s.count, 4u);
+    EXPECT_EQ(s.pair(0), "Base-Pyramid:1/0.5");
+    EXPECT_EQ(s.pair(3), "Cutter-Pyramid:4/0.5");
 }
 
 }  // namespace

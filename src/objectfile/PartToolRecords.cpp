@@ -1,4 +1,4 @@
-// Workpiece and cutting-tool records: type-specific lines that are consumed
+// Workpiece and cutting-tool records: lines of their own that are consumed
 // without being kept, then the geometry block and the common tail.
 #include "objectfile/MWZORFile.h"
 

@@ -2,8 +2,8 @@
 
 #include <climits>
 #include <cmath>
-#include <cstdlib>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 
@@ -57,26 +57,41 @@ void DescrambleLine(std::string& line, ObjectFileState& state) {
     line.resize(length - 10);
 }
 
-bool read_object_line(std::FILE*& stream, CString& line) {
-    line.Empty();
+std::string_view trim_white_space(std::string_view text) {
+    constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
+    const std::size_t first = text.find_first_not_of(kWhiteSpace);
+    if (first == std::string_view::npos) return std::string_view();
+    return text.substr(first, text.find_last_not_of(kWhiteSpace) - first + 1);
+}
+
+bool read_object_line(std::FILE*& stream, std::string_view& line) {
+    line = std::string_view();
     if (stream == nullptr) return false;
     ObjectFileState& state = object_file_state();
-    std::string text;
+    std::string& text = state.lineText;
     for (;;) {
         // 511 characters at most: a longer physical line arrives as several
         // lines. Intended; nothing in a valid file is that long.
-        if (std::fgets(state.lineBuffer, ObjectFileState::kLineBufferSize, stream) == nullptr) {
+        // The stream belongs to one reader on one thread: no locking per line.
+        if (fgets_unlocked(state.lineBuffer, ObjectFileState::kLineBufferSize, stream) == nullptr) {
             std::fclose(stream);
             stream = nullptr;
             return false;
         }
+        // Up to the first NUL, as the buffer is a C string.
         text.assign(state.lineBuffer);
         if (!text.empty() && text.back() == '\n') text.pop_back();
         DescrambleLine(text, state);
-        line = CString(std::string_view(text));
-        line.Trim();
-        if (!line.IsEmpty()) return true;
+        line = trim_white_space(text);
+        if (!line.empty()) return true;
     }
+}
+
+bool read_object_line(std::FILE*& stream, CString& line) {
+    std::string_view view;
+    const bool ok = read_object_line(stream, view);
+    line = CString(view);
+    return ok;
 }
 
 }  // namespace zor

@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <string>
+#include <string_view>
 
 #include "platform/afxstr.h"
 
@@ -23,5 +24,11 @@ void DescrambleLine(std::string& line, ObjectFileState& state);
 // set to null, and the result is false. Set firstLinePending in the module
 // state before the first line of a file.
 bool read_object_line(std::FILE*& stream, CString& line);
+// The same, as a view into the module's line text: valid until the next line
+// is read.
+bool read_object_line(std::FILE*& stream, std::string_view& line);
+
+// White space of the reader's trimming: " \t\n\v\f\r", as CString trims.
+std::string_view trim_white_space(std::string_view text);
 
 }  // namespace zor

@@ -102,21 +102,27 @@ public:
 
     // A triangle mesh: vertices (x, y, z, 0 each) and the three corners of
     // every triangle as coordinates. Both arrays are new[] and belong to the
-    // caller (delete[]), also after a failed read.
+    // caller (delete[]), also after a failed read. Counts are 0 and no array
+    // is made when the record has no vertex list; with a unit conversion every
+    // vertex and corner value is scaled.
     bool ReadMesh(double vector[4], unsigned int* vertexCount, double (**vertices)[4], CString* text1,
                   CString* text2, CString* text3, unsigned int* cornerCount, double (**corners)[4],
                   double matrix[4][4], CMWZORPointArray* list1, CMWZORPointArray* list2, float quad[4],
                   CString* name, CString* tailText, CString* attachName, CString* attachKey,
                   unsigned int* attachIndex);
-    // A workpiece and a cutting tool: no dimensions of their own.
+    // A workpiece and a cutting tool: no dimensions of their own; only the
+    // 4-vector and the matrix's fourth column (and [3][3]) are converted.
     bool ReadPart(double vector[4], CString* text1, CString* text2, CString* text3, double matrix[4][4],
                   CMWZORPointArray* list1, CMWZORPointArray* list2, float quad[4], CString* name, CString* tailText,
                   CString* attachName, CString* attachKey, unsigned int* attachIndex);
     bool ReadTool(double vector[4], CString* text1, CString* text2, CString* text3, double matrix[4][4],
                   CMWZORPointArray* list1, CMWZORPointArray* list2, float quad[4], CString* name, CString* tailText,
                   CString* attachName, CString* attachKey, unsigned int* attachIndex);
-    // A machine-kinematics element (axis or spindle). p6 is taken as the first
-    // of four adjacent doubles when lengths are converted.
+    // A machine-kinematics element (kind 1 axis, 2 spindle). p6 must be null
+    // or point to four adjacent doubles (p6 to p9 of the host's engine data):
+    // a conversion scales all four, so p7 (and p8, p9 of an axis) twice.
+    // Files before 1.09 number their elements in the spindle table and return
+    // that number in p25.
     bool ReadEngin(CString* name, unsigned int* kind, double axis[3], unsigned int* p4, unsigned int* p5, double* p6,
                    double* p7, double* p8, double* p9, unsigned int* p10, double* p11, double* p12,
                    unsigned int* p13, unsigned int* p14, double* p15, double* p16, unsigned int* p17,
@@ -138,8 +144,12 @@ public:
                         double* angle, CString* name, CString* tailText, CString* attachName, CString* attachKey,
                         unsigned int* attachIndex);
 
-    // The collision section after the last record. The arrays (malloc) and the
-    // names they hold belong to the caller, who releases them with FreeCollision.
+    // The collision section after the last record: count pairs of object
+    // names, each with a code and a value. The arrays (malloc, zeroed) and the
+    // names they hold belong to the caller, also after a failed read, and are
+    // released with FreeCollision. Files after 1.12 name the objects by their
+    // position among the objects read so far (ReadCollisionNew), and reading
+    // the section empties that table.
     bool ReadCollision(void*** firstNames, void*** secondNames, unsigned int** codes, double** values,
                        unsigned int* count);
     bool ReadCollisionNew(void*** firstNames, void*** secondNames, unsigned int** codes, double** values,

@@ -62,7 +62,10 @@ CMWZORFile::CMWZORFile(CString fileName, unsigned int /*reserved*/, unsigned int
     state.objectNames.clear();
     state.currentPath = fileName.GetString();
     m_stream = zor::open_file(fileName, "r");
-    if (m_stream != nullptr) ReadVersion();
+    if (m_stream == nullptr) return;
+    // Fewer, larger reads; what each read returns is unchanged.
+    std::setvbuf(m_stream, nullptr, _IOFBF, 1 << 16);
+    ReadVersion();
 }
 
 CMWZORFile::~CMWZORFile() {
@@ -71,59 +74,82 @@ CMWZORFile::~CMWZORFile() {
 
 bool CMWZORFile::ReadLine(CString& line) { return zor::read_object_line(m_stream, line); }
 
+namespace {
+
+// The value of a field line: the text between the last "<" and the last ">",
+// with white space, "<" and ">" trimmed as CString's TrimLeft(), TrimLeft('<'),
+// TrimLeft() and TrimRight(), TrimRight('>'), TrimRight() would. False when
+// the brackets are missing.
+bool field_value(std::string_view line, std::string_view* value) {
+    const std::size_t close = line.rfind('>');
+    if (close == std::string_view::npos) return false;
+    std::string_view inner = line.substr(0, close + 1);
+    const std::size_t open = inner.rfind('<');
+    if (open == std::string_view::npos) return false;
+    inner = zor::trim_white_space(inner.substr(open));  // starts with "<", ends with ">"
+    while (!inner.empty() && inner.front() == '<') inner.remove_prefix(1);
+    inner = zor::trim_white_space(inner);
+    while (!inner.empty() && inner.back() == '>') inner.remove_suffix(1);
+    *value = zor::trim_white_space(inner);
+    return true;
+}
+
+// The next line's field value, as a view into the module's line text: the
+// numeric fields parse it in place.
+bool read_field_value(std::FILE*& stream, std::string_view* value) {
+    std::string_view line;
+    return zor::read_object_line(stream, line) && field_value(line, value);
+}
+
+}  // namespace
+
 bool CMWZORFile::ReadField(CString* value, CString* whole) {
-    CString line;
-    if (!ReadLine(line)) return false;
-    if (whole != nullptr) *whole = line;
+    std::string_view line;
+    if (!zor::read_object_line(m_stream, line)) return false;
+    if (whole != nullptr) *whole = CString(line);
     if (value == nullptr) return true;
-    int close = line.ReverseFind('>');
-    if (close < 0) return false;
-    CString inner = line.Left(close + 1);
-    int open = inner.ReverseFind('<');
-    if (open < 0) return false;
-    inner = inner.Mid(open);
-    inner.TrimLeft().TrimLeft('<').TrimLeft();
-    inner.TrimRight().TrimRight('>').TrimRight();
-    *value = inner;
+    std::string_view inner;
+    if (!field_value(line, &inner)) return false;
+    *value = CString(inner);
     return true;
 }
 
 bool CMWZORFile::ReadIntField(int n, int* dest, const char* separators) {
-    CString value;
-    if (!ReadField(&value)) return false;
-    if (dest != nullptr && value.IsEmpty()) return false;
+    std::string_view value;
+    if (!read_field_value(m_stream, &value)) return false;
+    if (dest != nullptr && value.empty()) return false;
     if (dest == nullptr || n <= 0) return true;
     return zor::ScanInts(value, n, dest, separators);
 }
 
 bool CMWZORFile::ReadFloatField(int n, float* dest, const char* separators) {
-    CString value;
-    if (!ReadField(&value)) return false;
+    std::string_view value;
+    if (!read_field_value(m_stream, &value)) return false;
     if (dest == nullptr || n <= 0) return true;
     return zor::ScanFloats(value, n, dest, separators);
 }
 
 bool CMWZORFile::ReadDoubleField(int n, double* dest, const char* separators) {
-    CString value;
-    if (!ReadField(&value)) return false;
+    std::string_view value;
+    if (!read_field_value(m_stream, &value)) return false;
     if (dest == nullptr || n <= 0) return true;
     return zor::ScanDoubles(value, n, dest, separators);
 }
 
 bool CMWZORFile::SkipLines(int count) {
-    CString line;
+    std::string_view line;
     for (int i = 0; i < count; ++i)
-        if (!ReadLine(line)) return false;
+        if (!zor::read_object_line(m_stream, line)) return false;
     return true;
 }
 
 bool CMWZORFile::SkipToRecordDepth() {
     if (m_depth == 0) return true;
-    CString line;
+    std::string_view line;
     while (m_depth > m_recordDepth) {
-        if (!ReadLine(line)) return false;
-        if (line.Find('{') >= 0) ++m_depth;
-        if (line.Find('}') >= 0) --m_depth;
+        if (!zor::read_object_line(m_stream, line)) return false;
+        if (line.find('{') != std::string_view::npos) ++m_depth;
+        if (line.find('}') != std::string_view::npos) --m_depth;
     }
     return true;
 }

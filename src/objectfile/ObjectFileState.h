@@ -18,6 +18,7 @@ struct ObjectFileState {
     std::string currentPath;       // file given to the last constructor
     int matrixConvention = 0;      // 0: every matrix read is converted
     char lineBuffer[kLineBufferSize] = {};
+    std::string lineText;  // the last line read, descrambled; reused so reading allocates nothing per line
     bool firstLinePending = false;  // descrambler: the next line is the file's first
     bool fileIsPlain = false;       // descrambler: the file starts with its version line
 

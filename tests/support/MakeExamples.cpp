@@ -132,6 +132,57 @@ std::string tool_library() {
     return zortest::tool_library({drill, mill, ball});
 }
 
+// A machine scene: every record kind, a container, a file reference and an
+// unknown record, followed by the collision section (compact form from 1.13
+// on, named pairs before).
+zortest::ObjectFileWriter scene(int version) {
+    zortest::ObjectFileWriter w(version);
+    zortest::Tail t;
+    t.matrix[2][3] = 5.0;
+    w.cube(100, 60, 10, "Base", t, {}, {"100 mm", "60 mm", "10 mm"});
+    w.open("C3dPairCompArray");
+    w.cylinder(8, 80, 8, "Column", t).cone(8, 12, "Tip", t);
+    w.close();
+    w.sphere(6, "Ball", t).torus(30, 3, "Ring", t);
+
+    zortest::ObjectFileWriter::Engine axis, spindle;
+    axis.name = "X axis";
+    axis.axis = {1, 0, 0};
+    axis.key = "X";
+    axis.index = 1;
+    spindle.name = "Spindle S1";
+    spindle.kind = 2;
+    spindle.key = "S1";
+    spindle.index = 2;
+    w.engine(axis).engine(spindle);
+
+    zortest::Geometry pyramid;
+    pyramid.vertices = {{0, 0, 0}, {20, 0, 0}, {20, 20, 0}, {0, 20, 0}, {10, 10, 15}};
+    pyramid.triangles = {{0, 2, 1}, {0, 3, 2}, {0, 1, 4}, {1, 2, 4}, {2, 3, 4}, {3, 0, 4}};
+    w.mesh("Pyramid", pyramid, t);
+    w.part("Blank", t);
+    zortest::Tail carried = t;
+    carried.attachName = "Spindle S1";
+    carried.attachKey = "S1";
+    carried.attachIndex = 2;
+    w.tool("Cutter", carried);
+    if (version >= 115) w.fileReference("fixture.obj", "Fixture", t);
+    w.open("C3dObjectLight").field("Intensity", "0.5").close();
+    if (version >= 115) {
+        // Last, so that the collision indices above stay put whether or not
+        // a reader takes them.
+        w.extrusion({0, 0, 1}, 15, outline_of(rounded_plate, 1), "Profile", t);
+        w.revolution(360, outline_of(turned_pin, 0), "Lathe", t);
+    }
+    if (version > 112) {
+        // Base 0, Column 1, Tip 2, Ball 3, Ring 4, Pyramid 5, Blank 6, Cutter 7.
+        w.collisionNew(0.5, 4, {"0:5,1,6,2", "7:6,3,5,4"});
+    } else {
+        w.collisionOld({{"Base", "Pyramid", 1, 0.5}, {"Base", "Blank", 2, 0.5}, {"Cutter", "Blank", 3, 0.25}});
+    }
+    return w;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -150,5 +201,8 @@ int main(int argc, char** argv) {
     save(dir + "/objects/profiles-1.13.obj", profile_records(113).plain());
     save(dir + "/objects/profiles-1.15.obj", profile_records(115).plain());
     save(dir + "/tools/tool-library.xml", tool_library());
+    save(dir + "/objects/scene-1.15.obj", scene(115).plain());
+    save(dir + "/objects/machine-1.08.obj", scene(108).plain());
+    save(dir + "/objects/fixture.obj", primitives(115, 1).plain());
     return 0;
 }

@@ -193,6 +193,84 @@ ObjectFileWriter& ObjectFileWriter::fileReference(const std::string& file, const
     return tail(t);
 }
 
+ObjectFileWriter& ObjectFileWriter::mesh(const std::string& name, Geometry g, const Tail& t) {
+    g.present = true;
+    open("C3dObjectMesh");
+    return geometry(g, name).tail(t);
+}
+
+ObjectFileWriter& ObjectFileWriter::part(const std::string& name, const Tail& t, const Geometry& g) {
+    open("C3dObjectPart");
+    for (int i = 0; i < 6; ++i) line("Part option " + std::to_string(i));
+    return geometry(g, name).tail(t);
+}
+
+ObjectFileWriter& ObjectFileWriter::tool(const std::string& name, const Tail& t, const Geometry& g) {
+    open("C3dObjectTool");
+    if (m_version < 108) {
+        line("Tool line 1");
+        line("Tool line 2");
+        field("Diameter", 10.0);
+        field("Length", 50.0);
+        field("Corner Radius", 1.0);
+    }
+    for (int i = 0; i < 6; ++i) line("Tool option " + std::to_string(i));
+    return geometry(g, name).tail(t);
+}
+
+ObjectFileWriter& ObjectFileWriter::engine(const Engine& e) {
+    open("C3dObjectEngin");
+    field("Name", e.name);
+    field("Kind", std::to_string(e.kind));
+    field("Unit", std::to_string(e.unit));
+    field("Axis", numbers(e.axis.data(), 3));
+    if (m_version > 104) {
+        open("Engine Block").field("Inner", "0").close();
+        field("Engine Value", "0");
+    }
+    field("Engine Reserved", "0");
+    field("Direction Flag", std::to_string(e.flag));
+    // p17 comes before p16 in the file.
+    for (int i : {6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 17, 16, 18, 19})
+        field("P" + std::to_string(i), e.p[static_cast<std::size_t>(i)]);
+    if (e.kind == 2) {
+        field("Spindle Vector", numbers(e.spindleVector.data(), 3));
+        if (m_version > 104) {
+            field("Spindle Value", "0");
+            open("Spindle Block").field("Inner", "0").close();
+        }
+        field("P21", std::to_string(e.p21));
+    }
+    if (m_version >= 102) field("Spindle Key", e.key);
+    if (m_version >= 106) field("Index", std::to_string(e.index));
+    if (m_version >= 112) {
+        field("P22", std::to_string(e.p22));
+        field("P23", std::to_string(e.p23));
+    }
+    return close();
+}
+
+ObjectFileWriter& ObjectFileWriter::collisionOld(const std::vector<Pair>& pairs) {
+    field("Num Pairs", std::to_string(pairs.size()));
+    for (const Pair& p : pairs) {
+        line("Pair");
+        line(p.first);
+        line(p.second);
+        field("Code", std::to_string(p.code));
+        field("Value", p.value);
+        line("End Pair");
+    }
+    return *this;
+}
+
+ObjectFileWriter& ObjectFileWriter::collisionNew(double value, int count, const std::vector<std::string>& lines) {
+    field("Value", value);
+    field("Num Pairs", std::to_string(count));
+    field("Reserved", "0");
+    for (const std::string& l : lines) line(l);
+    return *this;
+}
+
 std::string ObjectFileWriter::plain() const {
     std::string out = versionLine() + "\n";
     for (const std::string& l : m_lines) out += l + "\n";

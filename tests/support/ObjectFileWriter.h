@@ -67,6 +67,41 @@ public:
     // A "C3dObjectFile" record referring to file.
     ObjectFileWriter& fileReference(const std::string& file, const std::string& name, const Tail& t = {});
 
+    // A "C3dObjectMesh" record: g (forced present) holds its vertices and
+    // triangles.
+    ObjectFileWriter& mesh(const std::string& name, Geometry g, const Tail& t = {});
+    // "C3dObjectPart" and "C3dObjectTool" (with the tool's lines of files
+    // before 1.08).
+    ObjectFileWriter& part(const std::string& name, const Tail& t = {}, const Geometry& g = {});
+    ObjectFileWriter& tool(const std::string& name, const Tail& t = {}, const Geometry& g = {});
+
+    // A "C3dObjectEngin" record; p[i] is the engine parameter pi (p[0] unused,
+    // integers written as such).
+    struct Engine {
+        std::string name = "X";
+        int kind = 1;
+        int unit = 1;
+        Xyz axis = {0, 0, 1};
+        int flag = 0;
+        std::array<double, 20> p = {0, 0, 0, 0, 0, 0, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19};
+        Xyz spindleVector = {1, 2, 3};
+        int p21 = 21, p22 = 22, p23 = 23;
+        std::string key = "KEY";
+        int index = 0;
+    };
+    ObjectFileWriter& engine(const Engine& e);
+
+    // The collision section, old form (files up to 1.12).
+    struct Pair {
+        std::string first, second;
+        int code = 0;
+        double value = 0;
+    };
+    ObjectFileWriter& collisionOld(const std::vector<Pair>& pairs);
+    // New form (from 1.13): the value of every pair, the count, and the
+    // "A:B,c,B,c" lines as given.
+    ObjectFileWriter& collisionNew(double value, int count, const std::vector<std::string>& lines);
+
     // The body lines (everything after the version line).
     const std::vector<std::string>& body() const { return m_lines; }
     std::string plain() const;

@@ -1,0 +1,149 @@
+// Reading an object file of mesh records (about 100 MB, generated once into a
+// temporary folder) with ReadType and ReadMesh, next to the raw speed of
+// reading the same file line by line with fgets and in large chunks.
+//   zormodel_bench [--benchmark_filter=...]   (ZOR_BENCH_MB sets the size)
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "objectfile/MWZORFile.h"
+#include "objectfile/ObjectFileState.h"
+#include "support/ObjectFileWriter.h"
+#include "support/TempDir.h"
+
+namespace {
+
+// Eight different meshes of 1000 vertices and 2000 triangles, repeated until
+// the file reaches the wanted size. The generator is seeded: every run reads
+// the same bytes.
+struct MeshFile {
+    zortest::TempDir dir;
+    std::string path;
+    long long bytes = 0;
+    long long meshes = 0;
+    long long corners = 0;
+
+    MeshFile() {
+        const char* mb = std::getenv("ZOR_BENCH_MB");
+        const long long target = (mb != nullptr ? std::atoll(mb) : 100) * 1000 * 1000;
+        std::mt19937 rng(12345);
+        std::uniform_real_distribution<double> coordinate(-500.0, 500.0);
+        std::vector<std::string> records;
+        for (int m = 0; m < 8; ++m) {
+            zortest::Geometry g;
+            for (int v = 0; v < 1000; ++v) {
+                // Six decimals, as an application writes them.
+                auto round6 = [](double x) { return static_cast<double>(static_cast<long long>(x * 1e6)) / 1e6; };
+                g.vertices.push_back({round6(coordinate(rng)), round6(coordinate(rng)), round6(coordinate(rng))});
+            }
+            for (int t = 0; t < 2000; ++t)
+                g.triangles.push_back(
+                    {static_cast<int>(rng() % 1000), static_cast<int>(rng() % 1000), static_cast<int>(rng() % 1000)});
+            zortest::ObjectFileWriter w(115);
+            w.mesh("mesh" + std::to_string(m), g);
+            std::string text;
+            for (const std::string& line : w.body()) text += line + "\n";
+            records.push_back(std::move(text));
+        }
+        path = dir.file("meshes.obj");
+        std::ofstream out(path, std::ios::binary);
+        const std::string version = zortest::ObjectFileWriter(115).versionLine() + "\n";
+        out << version;
+        bytes = static_cast<long long>(version.size());
+        while (bytes < target) {
+            const std::string& record = records[static_cast<std::size_t>(meshes % 8)];
+            out << record;
+            bytes += static_cast<long long>(record.size());
+            ++meshes;
+        }
+        corners = meshes * 6000;
+    }
+};
+
+const MeshFile& mesh_file() {
+    static const MeshFile file;
+    return file;
+}
+
+void BM_ReadMeshRecords(benchmark::State& state) {
+    const MeshFile& file = mesh_file();
+    for (auto _ : state) {
+        zor::reset_object_file_state();
+        CMWZORFile f(file.path.c_str(), 0, 1, 1);
+        unsigned int type = 0;
+        long long meshes = 0, corners = 0;
+        double matrix[4][4];
+        while (f.ReadType(&type)) {
+            if (type != ZOR_RECORD_MESH) {
+                f.ReadDummy();
+                continue;
+            }
+            unsigned int vertexCount = 0, cornerCount = 0;
+            double(*vertices)[4] = nullptr;
+            double(*cornerArray)[4] = nullptr;
+            if (!f.ReadMesh(nullptr, &vertexCount, &vertices, nullptr, nullptr, nullptr, &cornerCount, &cornerArray,
+                            matrix, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr)) {
+                state.SkipWithError("a mesh record did not read");
+                break;
+            }
+            benchmark::DoNotOptimize(cornerArray[cornerCount - 1][2]);
+            delete[] vertices;
+            delete[] cornerArray;
+            ++meshes;
+            corners += cornerCount;
+        }
+        if (meshes != file.meshes || corners != file.corners) state.SkipWithError("wrong mesh or corner count");
+    }
+    state.SetBytesProcessed(state.iterations() * file.bytes);
+    state.counters["meshes"] = static_cast<double>(file.meshes);
+}
+BENCHMARK(BM_ReadMeshRecords)->Unit(benchmark::kMillisecond);
+
+// The same file through fgets with the reader's 512-byte buffer.
+void BM_RawFgetsLines(benchmark::State& state) {
+    const MeshFile& file = mesh_file();
+    for (auto _ : state) {
+        std::FILE* f = std::fopen(file.path.c_str(), "r");
+        char line[512];
+        long long lines = 0;
+        while (std::fgets(line, sizeof line, f) != nullptr) ++lines;
+        std::fclose(f);
+        benchmark::DoNotOptimize(lines);
+    }
+    state.SetBytesProcessed(state.iterations() * file.bytes);
+}
+BENCHMARK(BM_RawFgetsLines)->Unit(benchmark::kMillisecond);
+
+// The same file in 1 MiB chunks, counting line ends: the ceiling for any
+// reader that looks at every byte.
+void BM_RawChunksCountingNewlines(benchmark::State& state) {
+    const MeshFile& file = mesh_file();
+    std::vector<char> buffer(1 << 20);
+    for (auto _ : state) {
+        std::FILE* f = std::fopen(file.path.c_str(), "rb");
+        long long lines = 0;
+        std::size_t n;
+        while ((n = std::fread(buffer.data(), 1, buffer.size(), f)) > 0) {
+            const char* p = buffer.data();
+            const char* end = p + n;
+            while ((p = static_cast<const char*>(std::memchr(p, '\n', static_cast<std::size_t>(end - p)))) != nullptr) {
+                ++lines;
+                ++p;
+            }
+        }
+        std::fclose(f);
+        benchmark::DoNotOptimize(lines);
+    }
+    state.SetBytesProcessed(state.iterations() * file.bytes);
+}
+BENCHMARK(BM_RawChunksCountingNewlines)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+
+BENCHMARK_MAIN();

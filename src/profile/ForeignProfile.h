@@ -36,5 +36,7 @@ void read_vericut_field(const char* field, double* target);
 // The Sirius reader after the unit conversion is set on list (one body for
 // both profile classes); false only when the file cannot be opened.
 bool read_sirius(CMWZORSegmentArray& list, const char* path);
+// True for a line of the Sirius grammar with the keyword LINE or ARC.
+bool is_sirius_segment_line(const char* line);
 
 }  // namespace zor

@@ -50,6 +50,11 @@ bool differs(const double a[3], const double b[3]) {
 
 }  // namespace
 
+bool is_sirius_segment_line(const char* line) {
+    std::string parameters;
+    return split_line(line, parameters) != SiriusKind::None;
+}
+
 bool read_sirius(CMWZORSegmentArray& list, const char* path) {
     std::FILE* file = open_file(path, "r");
     if (file == nullptr) return false;

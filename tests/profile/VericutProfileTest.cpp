@@ -90,7 +90,7 @@ TEST_F(VericutProfileTest, ClosesAnOpenTriangleButNotOneThatEndsWithinTolerance)
 TEST_F(VericutProfileTest, ArcWithoutDirectionGetsTheComputedOne) {
     CMWZORExtrude e;
     ASSERT_TRUE(e.ReadVericut(
-        write(VericutXmlWriter::Sweep(0, 1).Pt(0, 0).Pt(10, 0).Arc(10, 5).Pt(10, 10).Text()).c_str(), 1, 1));
+        write(VericutXmlWriter::Sweep(0, 1).Pt(0, 0).Pt(10, 0).Arc(10, 5, "", "", 99).Pt(10, 10).Text()).c_str(), 1, 1));
     EXPECT_EQ(segments_of(e), (Segs{L(0, 0), L(10, 0), A(IO_CCLW, 10, 5, 10, 10), L(0, 0)}));
 }
 

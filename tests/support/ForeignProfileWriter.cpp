@@ -42,10 +42,12 @@ VericutXmlWriter& VericutXmlWriter::Pt(double x, double y, const std::string& se
     return Raw("<PT><X>" + exact(x) + "</X><" + second + ">" + exact(y) + "</" + second + "></PT>");
 }
 
-VericutXmlWriter& VericutXmlWriter::Arc(double cx, double cy, const std::string& attribute, const std::string& child) {
+VericutXmlWriter& VericutXmlWriter::Arc(double cx, double cy, const std::string& attribute, const std::string& child,
+                                        double radius) {
     std::string xml = "<ARC";
     if (!attribute.empty()) xml += " DIRECTION=\"" + attribute + "\"";
-    xml += "><X>" + exact(cx) + "</X><Y>" + exact(cy) + "</Y><RADIUS>0</RADIUS>";
+    xml += "><X>" + exact(cx) + "</X><Y>" + exact(cy) + "</Y>";
+    if (radius >= 0) xml += "<RADIUS>" + exact(radius) + "</RADIUS>";
     if (!child.empty()) xml += "<DIRECTION>" + child + "</DIRECTION>";
     return Raw(xml + "</ARC>");
 }
@@ -73,13 +75,13 @@ std::string VericutXmlWriter::Text() const {
 
 VericutTextWriter VericutTextWriter::Extrusion(const std::string& zMin, const std::string& zMax) {
     VericutTextWriter w;
-    w.Raw("VERICUT SWEEP PROFILE").Raw("written for tests").Raw("").Raw(zMin).Raw(zMax);
+    w.Raw("VERICUT SWEEP PROFILE").Raw("ZORModelIo sample").Raw("").Raw(zMin).Raw(zMax);
     return w;
 }
 
 VericutTextWriter VericutTextWriter::Sor(const std::string& tolerance) {
     VericutTextWriter w;
-    w.Raw("VERICUT SOR PROFILE").Raw("written for tests").Raw("").Raw(tolerance);
+    w.Raw("VERICUT SOR PROFILE").Raw("ZORModelIo sample").Raw("").Raw(tolerance);
     return w;
 }
 
@@ -130,7 +132,7 @@ SiriusWriter& SiriusWriter::Raw(const std::string& line) {
 std::string SiriusWriter::Text() const { return join(m_lines); }
 
 VericutPolygonWriter::VericutPolygonWriter(int perVertexNormals, int orientation, int third) {
-    m_lines = {"VERICUT POLYGON FILE", "written for tests", "1",
+    m_lines = {"VERICUT POLYGON FILE", "ZORModelIo sample", "1",
                std::to_string(perVertexNormals) + " " + std::to_string(orientation) + " " + std::to_string(third)};
 }
 

@@ -24,9 +24,11 @@ public:
 
     // <PT><X>x</X><second>y</second></PT>; second is "Y" or "Z".
     VericutXmlWriter& Pt(double x, double y, const std::string& second = "Y");
-    // <ARC DIRECTION="attribute"><X>cx</X><Y>cy</Y><DIRECTION>child</DIRECTION></ARC>,
-    // leaving out an empty attribute or child.
-    VericutXmlWriter& Arc(double cx, double cy, const std::string& attribute = "", const std::string& child = "");
+    // <ARC DIRECTION="attribute"><X>cx</X><Y>cy</Y><RADIUS>radius</RADIUS>
+    // <DIRECTION>child</DIRECTION></ARC>, leaving out an empty attribute or
+    // child and a negative radius.
+    VericutXmlWriter& Arc(double cx, double cy, const std::string& attribute = "", const std::string& child = "",
+                          double radius = -1);
     // Any child element text, as given.
     VericutXmlWriter& Raw(const std::string& xml);
     // Name of the profile element as written (default "Sweep" / "Sor").

@@ -19,6 +19,7 @@
 #include "profile/SegmentContours.h"
 // Meshes: STL and the Vericut flat-array readers.
 #include "mesh/MeshImport.h"
+#include "mesh/VericutImport.h"
 // DXF drawings to profile files.
 #include "dxf/DxfReader.h"
 // Tool-library XML documents.

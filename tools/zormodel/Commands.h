@@ -9,6 +9,7 @@ void add_objects_command(CLI::App& app);
 void add_descramble_command(CLI::App& app);
 void add_profile_command(CLI::App& app);
 void add_tools_command(CLI::App& app);
+void add_polygon_command(CLI::App& app);
 
 // Exit code for a file that is missing or cannot be read; prints the one-line
 // message to standard error.

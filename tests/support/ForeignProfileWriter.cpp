@@ -1,0 +1,159 @@
+#include "support/ForeignProfileWriter.h"
+
+#include <charconv>
+
+namespace zortest {
+
+namespace {
+
+std::string join(const std::vector<std::string>& lines) {
+    std::string text;
+    for (const std::string& line : lines) text += line + "\n";
+    return text;
+}
+
+std::string triple(const Point3& p) { return exact(p[0]) + "," + exact(p[1]) + "," + exact(p[2]); }
+
+std::string spaced(const Point3& p) { return exact(p[0]) + " " + exact(p[1]) + " " + exact(p[2]); }
+
+}  // namespace
+
+std::string exact(double value) {
+    char buffer[400];
+    auto result = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed);
+    return std::string(buffer, result.ptr);
+}
+
+VericutXmlWriter VericutXmlWriter::Sweep(double zMin, double zMax) {
+    VericutXmlWriter w;
+    w.m_name = "Sweep";
+    w.m_attributes = " Zmin=\"" + exact(zMin) + "\" Zmax=\"" + exact(zMax) + "\"";
+    return w;
+}
+
+VericutXmlWriter VericutXmlWriter::Sor(double tolerance) {
+    VericutXmlWriter w;
+    w.m_name = "Sor";
+    w.m_attributes = " Tolerance=\"" + exact(tolerance) + "\"";
+    return w;
+}
+
+VericutXmlWriter& VericutXmlWriter::Pt(double x, double y, const std::string& second) {
+    return Raw("<PT><X>" + exact(x) + "</X><" + second + ">" + exact(y) + "</" + second + "></PT>");
+}
+
+VericutXmlWriter& VericutXmlWriter::Arc(double cx, double cy, const std::string& attribute, const std::string& child,
+                                        double radius) {
+    std::string xml = "<ARC";
+    if (!attribute.empty()) xml += " DIRECTION=\"" + attribute + "\"";
+    xml += "><X>" + exact(cx) + "</X><Y>" + exact(cy) + "</Y>";
+    if (radius >= 0) xml += "<RADIUS>" + exact(radius) + "</RADIUS>";
+    if (!child.empty()) xml += "<DIRECTION>" + child + "</DIRECTION>";
+    return Raw(xml + "</ARC>");
+}
+
+VericutXmlWriter& VericutXmlWriter::Raw(const std::string& xml) {
+    m_children += "  " + xml + "\n";
+    return *this;
+}
+
+VericutXmlWriter& VericutXmlWriter::Name(const std::string& name) {
+    m_name = name;
+    return *this;
+}
+
+VericutXmlWriter& VericutXmlWriter::Root(const std::string& name) {
+    m_root = name;
+    return *this;
+}
+
+std::string VericutXmlWriter::Text() const {
+    std::string profile = "<" + m_name + m_attributes + ">\n" + m_children + "</" + m_name + ">\n";
+    if (!m_root.empty()) profile = "<" + m_root + ">\n" + profile + "</" + m_root + ">\n";
+    return "<?xml version=\"1.0\"?>\n" + profile;
+}
+
+VericutTextWriter VericutTextWriter::Extrusion(const std::string& zMin, const std::string& zMax) {
+    VericutTextWriter w;
+    w.Raw("VERICUT SWEEP PROFILE").Raw("ZORModelIo sample").Raw("").Raw(zMin).Raw(zMax);
+    return w;
+}
+
+VericutTextWriter VericutTextWriter::Sor(const std::string& tolerance) {
+    VericutTextWriter w;
+    w.Raw("VERICUT SOR PROFILE").Raw("ZORModelIo sample").Raw("").Raw(tolerance);
+    return w;
+}
+
+VericutTextWriter& VericutTextWriter::Point(double x, double y) { return Raw(exact(x) + "\t" + exact(y)); }
+
+VericutTextWriter& VericutTextWriter::Raw(const std::string& line) {
+    m_lines.push_back(line);
+    return *this;
+}
+
+std::string VericutTextWriter::Text() const { return join(m_lines); }
+
+MachineWorksWriter::MachineWorksWriter(double x0, double y0)
+    : m_start(" x=\"" + exact(x0) + "\" y=\"" + exact(y0) + "\"") {}
+
+MachineWorksWriter& MachineWorksWriter::Point(double x, double y) { return Child({exact(x), exact(y)}); }
+
+MachineWorksWriter& MachineWorksWriter::Arc(double cx, double cy, double ex, double ey) {
+    return Child({exact(cx), exact(cy), exact(ex), exact(ey)});
+}
+
+MachineWorksWriter& MachineWorksWriter::Child(const std::vector<std::string>& values) {
+    m_children += "    <element";
+    for (size_t i = 0; i < values.size(); ++i) m_children += " a" + std::to_string(i) + "=\"" + values[i] + "\"";
+    m_children += "/>\n";
+    return *this;
+}
+
+std::string MachineWorksWriter::Text() const {
+    return "<?xml version=\"1.0\"?>\n<mwprofile>\n  <profile" + m_start + ">\n" + m_children +
+           "  </profile>\n</mwprofile>\n";
+}
+
+SiriusWriter& SiriusWriter::Line(const Point3& start, const Point3& end) {
+    return Raw("LINE = L" + std::to_string(m_lines.size() + 1) + " (" + triple(start) + "," + triple(end) + ")");
+}
+
+SiriusWriter& SiriusWriter::Arc(const Point3& start, const Point3& end, const Point3& centre, const std::string& word) {
+    return Raw("ARC = A" + std::to_string(m_lines.size() + 1) + " (" + triple(start) + "," + triple(end) + "," +
+               triple(centre) + "," + word + ")");
+}
+
+SiriusWriter& SiriusWriter::Raw(const std::string& line) {
+    m_lines.push_back(line);
+    return *this;
+}
+
+std::string SiriusWriter::Text() const { return join(m_lines); }
+
+VericutPolygonWriter::VericutPolygonWriter(int perVertexNormals, int orientation, int third) {
+    m_lines = {"VERICUT POLYGON FILE", "ZORModelIo sample", "1",
+               std::to_string(perVertexNormals) + " " + std::to_string(orientation) + " " + std::to_string(third)};
+}
+
+VericutPolygonWriter& VericutPolygonWriter::Polygon(const std::vector<Point3>& points,
+                                                    const std::vector<Point3>& normals) {
+    Raw(std::to_string(points.size()));
+    for (const Point3& p : points) Raw(spaced(p));
+    for (const Point3& n : normals) Raw(spaced(n));
+    return *this;
+}
+
+VericutPolygonWriter& VericutPolygonWriter::Raw(const std::string& line) {
+    m_lines.push_back(line);
+    return *this;
+}
+
+VericutPolygonWriter& VericutPolygonWriter::Header(size_t index, const std::string& line) {
+    m_lines.at(index) = line;
+    return *this;
+}
+
+std::string VericutPolygonWriter::Text() const { return join(m_lines); }
+
+}  // namespace zortest

@@ -1,5 +1,6 @@
-// zormodel profile FILE: reads a native extrusion or sweep profile file and
-// prints its header and segments, or draws it as an SVG picture.
+// zormodel profile FILE: reads a native extrusion or sweep profile file, or a
+// foreign one (Vericut, MachineWorks, Sirius), and prints its header and
+// segments, or draws it as an SVG picture.
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -7,6 +8,7 @@
 #include <vector>
 
 #include "Commands.h"
+#include "ForeignProfiles.h"
 #include "ProfileSvg.h"
 #include "Report.h"
 #include "ZORModelIo.h"
@@ -64,27 +66,50 @@ std::string unit_name(int unit) { return unit == 1 ? "mm" : unit == 2 ? "in" : "
 }  // namespace
 
 void add_profile_command(CLI::App& app) {
-    auto* cmd = app.add_subcommand("profile", "Print or draw a native extrusion or sweep profile file");
-    static std::string path, units, svg;
+    auto* cmd = app.add_subcommand("profile", "Print or draw an extrusion or sweep profile (native or foreign)");
+    static std::string path, units, svg, from, fileUnits = "mm";
     static bool json = false;
-    cmd->add_option("FILE", path, "Profile file (KOLP EXTRUDE FILE or KOLP SWEEP FILE)")->required();
+    cmd->add_option("FILE", path, "Profile file (KOLP EXTRUDE FILE, KOLP SWEEP FILE or a foreign profile)")->required();
+    cmd->add_option("--from", from, "Foreign source of the file (default: native, else detected)")
+        ->check(CLI::IsMember(foreign_profile_sources()));
+    cmd->add_option("--file-units", fileUnits, "Unit of a Vericut or Sirius file's numbers")
+        ->check(CLI::IsMember({"mm", "in"}));
     cmd->add_option("--units", units, "Unit to convert coordinates to (default: the file's)")
         ->check(CLI::IsMember({"mm", "in"}));
     cmd->add_option("--svg", svg, "Draw the profile into this SVG file");
     cmd->add_flag("--json", json, "Print the profile as JSON");
     cmd->callback([] {
         if (!readable_file(path)) throw CLI::RuntimeError(fail_unreadable(path));
-        const bool extrusion = looks_like_extrusion(path);
-        const unsigned int unit =
-            units.empty() ? file_unit(extrusion, path) : static_cast<unsigned int>(unit_code(units));
-        auto list = make_profile(extrusion);
-        if (!read_profile(*list, extrusion, path, unit)) throw CLI::RuntimeError(fail_unreadable(path));
+        std::vector<std::string> head = head_lines(path);
+        const bool native = from.empty() && !head.empty() && head[0].rfind("KOLP", 0) == 0;
+        std::unique_ptr<CMWZORSegmentArray> list;
+        std::string kind;
+        if (!native) {
+            // Foreign sources carry no unit: the numbers are in --file-units.
+            const int fileUnit = unit_code(fileUnits);
+            std::string error;
+            list = read_foreign_profile(path, from, units.empty() ? fileUnit : unit_code(units), fileUnit, &kind,
+                                        &error);
+            if (list == nullptr && !from.empty()) {
+                std::fprintf(stderr, "zormodel: %s: %s\n", path.c_str(), error.c_str());
+                throw CLI::RuntimeError(1);
+            }
+        }
+        const bool extrusion = list != nullptr ? list->IsKindOf(RUNTIME_CLASS(CMWZORExtrude)) : looks_like_extrusion(path);
+        if (list == nullptr) {
+            // Native, or nothing foreign recognised: read it as a native file.
+            const unsigned int unit =
+                units.empty() ? file_unit(extrusion, path) : static_cast<unsigned int>(unit_code(units));
+            list = make_profile(extrusion);
+            if (!read_profile(*list, extrusion, path, unit)) throw CLI::RuntimeError(fail_unreadable(path));
+        }
 
         std::vector<Report> segments;
         for (long long i = 0; i < list->m_segments.GetSize(); ++i)
             segments.push_back(segment_report(list->m_segments[i]));
         Report report(extrusion ? "extrusion" : "sweep");
         report.text("file", path);
+        if (!kind.empty()) report.text("source", kind);
         report.text("unit", unit_name(list->GetUnit())).number("tolerance", list->m_tolerance);
         report.integer("version", list->m_version);
         if (extrusion) {

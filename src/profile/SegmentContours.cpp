@@ -112,7 +112,11 @@ Segment_result* build_segment_contours(Segment_settings& settings, Segment_ord* 
     // through these, so a segment turned round by an earlier contour still
     // shows the point at which it was joined.
     std::vector<Key> keys(2 * n);
-    std::vector<int> order(2 * n);
+    struct Sorted {
+        Key key;
+        int end;  // 2 * segment + end number
+    };
+    std::vector<Sorted> order(2 * n);
     for (std::size_t i = 0; i < n; ++i) {
         Segment_ord* s = segments[i];
         for (int e = 0; e < 2; ++e) {
@@ -126,7 +130,7 @@ Segment_result* build_segment_contours(Segment_settings& settings, Segment_ord* 
             p->extra[0] = p->extra[1] = 0;
             p->segment = static_cast<int>(i);
             p->end = e;
-            order[2 * i + static_cast<std::size_t>(e)] = static_cast<int>(2 * i) + e;
+            order[2 * i + static_cast<std::size_t>(e)] = {k, static_cast<int>(2 * i) + e};
         }
         s->state = 0;
         s->neighbourIndex[0] = s->neighbourIndex[1] = -1;
@@ -138,12 +142,12 @@ Segment_result* build_segment_contours(Segment_settings& settings, Segment_ord* 
 
     // Any stable sort gives the same order as the old top-down merge sort:
     // equal keys keep input order (segment, then end 0 before end 1).
-    std::stable_sort(order.begin(), order.end(), [&](int a, int b) { return keys[a] < keys[b]; });
+    std::stable_sort(order.begin(), order.end(), [](const Sorted& a, const Sorted& b) { return a.key < b.key; });
 
     // Only pairs are joined: of three coincident ends the third stays free.
     for (std::size_t i = 0; i + 1 < order.size();) {
-        const int a = order[i], b = order[i + 1];
-        if (!(keys[a] == keys[b])) {
+        const int a = order[i].end, b = order[i + 1].end;
+        if (!(order[i].key == order[i + 1].key)) {
             ++i;
             continue;
         }

@@ -7,6 +7,7 @@
 
 #include "profile/MWZORProfile.h"
 #include "support/ForeignProfileWriter.h"
+#include "support/DxfWriter.h"
 #include "support/ObjectFileWriter.h"
 #include "support/ToolLibraryWriter.h"
 
@@ -229,6 +230,35 @@ void foreign_examples(const std::string& dir) {
     save(dir + "/vericut-cube.pol", cube.Text());
 }
 
+// A plate with a rounded outline (entities out of order, some reversed), a
+// slot, and two holes on one layer, of which only the first is written.
+std::string bracket_dxf() {
+    zortest::DxfWriter w({true, true, true});
+    w.Line(75, 0, 5, 0, "Outline");
+    w.Arc(75, 45, 5, 0, 90, "Outline");
+    w.Line(80, 5, 80, 45, "Outline");
+    w.Arc(5, 5, 5, 180, 270, "Outline");
+    w.Line(5, 50, 75, 50, "Outline");
+    w.Arc(75, 5, 5, 270, 360, "Outline");
+    w.Line(0, 45, 0, 5, "Outline");
+    w.Arc(5, 45, 5, 90, 180, "Outline");
+    w.Line(30, 20, 50, 20, "Slot").Arc(50, 25, 5, -90, 90, "Slot");
+    w.Line(50, 30, 30, 30, "Slot").Arc(30, 25, 5, 90, 270, "Slot");
+    w.Arc(12, 38, 4, 0, 180, "Holes").Arc(68, 38, 4, 0, 180, "Holes");
+    w.Arc(12, 38, 4, 180, 360, "Holes").Arc(68, 38, 4, 180, 360, "Holes");
+    w.Circle(40, 42, 2, "Outline");  // not a LINE or ARC: left out
+    return w.Text();
+}
+
+// The half profile of a turned shaft on one layer, for a sweep.
+std::string shaft_dxf() {
+    zortest::DxfWriter w;
+    w.Line(0, 0, 0, 8, "Profile").Line(0, 8, 25, 8, "Profile").Line(25, 8, 25, 10, "Profile");
+    w.Line(25, 10, 52, 10, "Profile").Arc(52, 7, 3, 0, 90, "Profile").Line(55, 7, 55, 0, "Profile");
+    w.Line(55, 0, 0, 0, "Profile");
+    return w.Text();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -251,5 +281,7 @@ int main(int argc, char** argv) {
     save(dir + "/objects/machine-1.08.obj", scene(108).plain());
     save(dir + "/objects/fixture.obj", primitives(115, 1).plain());
     foreign_examples(dir + "/foreign");
+    save(dir + "/dxf/bracket.dxf", bracket_dxf());
+    save(dir + "/dxf/shaft.dxf", shaft_dxf());
     return 0;
 }

@@ -10,6 +10,8 @@ void add_descramble_command(CLI::App& app);
 void add_profile_command(CLI::App& app);
 void add_tools_command(CLI::App& app);
 void add_polygon_command(CLI::App& app);
+void add_dxf_command(CLI::App& app);
+void add_contours_command(CLI::App& app);
 
 // Exit code for a file that is missing or cannot be read; prints the one-line
 // message to standard error.

@@ -41,6 +41,8 @@ int main(int argc, char** argv) {
     zormodel::add_profile_command(app);
     zormodel::add_tools_command(app);
     zormodel::add_polygon_command(app);
+    zormodel::add_dxf_command(app);
+    zormodel::add_contours_command(app);
     bool stats = false;
     app.add_flag("--stats", stats, "Print wall time and peak memory on standard error");
     const auto start = std::chrono::steady_clock::now();

@@ -386,6 +386,11 @@ int STL_file_type() {
     return kAsciiType;
 }
 
+int stl_file_type_of(const char* fileName) {
+    stl_reader_state().fileName = fileName != nullptr ? fileName : "";
+    return STL_file_type();
+}
+
 void STL_print_error() { std::fprintf(stderr, "%s\n", stl_reader_state().error); }
 
 int STL_read(const char* fileName, SL_List** points, SL_List** vectors, FaceArray& faces) {

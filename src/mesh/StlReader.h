@@ -55,6 +55,9 @@ int STL_read(const char* fileName, SL_List** points, SL_List** vectors, FaceArra
 // it cannot be opened (the error text is set).
 int STL_file_type();
 
+// STL_file_type for fileName (sets the module's file name): 1, 2 or 0.
+int stl_file_type_of(const char* fileName);
+
 // Prints the error text as "%s\n" on standard error.
 void STL_print_error();
 

@@ -7,6 +7,7 @@ namespace zormodel {
 
 void add_objects_command(CLI::App& app);
 void add_descramble_command(CLI::App& app);
+void add_stl_command(CLI::App& app);
 
 // Exit code for a file that is missing or cannot be read; prints the one-line
 // message to standard error.

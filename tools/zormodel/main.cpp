@@ -36,6 +36,7 @@ int main(int argc, char** argv) {
     app.require_subcommand(1);
     zormodel::add_objects_command(app);
     zormodel::add_descramble_command(app);
+    zormodel::add_stl_command(app);
     CLI11_PARSE(app, argc, argv);
     return 0;
 }

@@ -1,6 +1,7 @@
 #include "mesh/FastIndex.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
 #include <iterator>
@@ -8,6 +9,8 @@
 namespace zor {
 
 namespace {
+
+constexpr float kSmall = 0.25f;  // from here on no other float lies within the tolerance
 
 std::uint32_t bits_of(float v) {
     std::uint32_t b;
@@ -21,179 +24,301 @@ float float_of(std::uint32_t b) {
     return v;
 }
 
-bool is_small(float v) { return v > -AxisClasses::kSmall && v < AxisClasses::kSmall; }
+bool is_small(float v) { return v > -kSmall && v < kSmall; }
 
-std::uint64_t hash_keys(const std::uint32_t k[3]) {
-    std::uint64_t h = (k[0] | (static_cast<std::uint64_t>(k[1]) << 32)) * 0x9E3779B97F4A7C15ull;
-    h ^= (k[2] + 0x632BE59BD9B4E019ull) * 0xC2B2AE3D27D4EB4Full;
+std::uint64_t mix(std::uint64_t h) {
     h ^= h >> 29;
     h *= 0xBF58476D1CE4E5B9ull;
     h ^= h >> 32;
     return h;
 }
 
+std::uint64_t hash_keys(std::uint32_t a, std::uint32_t b, std::uint32_t c) {
+    std::uint64_t h = (a | (static_cast<std::uint64_t>(b) << 32)) * 0x9E3779B97F4A7C15ull;
+    h ^= (c + 0x632BE59BD9B4E019ull) * 0xC2B2AE3D27D4EB4Full;
+    return mix(h);
+}
+
+int compare(const TMTPoint& stored, const float q[3]) {
+    const float s[3] = {stored.x, stored.y, stored.z};
+    for (int a = 0; a < 3; ++a)
+        if (!axis_equal(s[a], q[a], kFastTolerance)) return q[a] > s[a] ? -1 : 1;
+    return 0;
+}
+
 }  // namespace
 
-bool AxisClasses::classify(float v, std::uint32_t& key, Pending& pending) const {
-    pending = Pending();
-    if (!std::isfinite(v)) return false;
+std::size_t FastIndex::BlockHash::operator()(const BlockKey& k) const {
+    return static_cast<std::size_t>(hash_keys(k.c[0] ^ (k.depth << 30), k.c[1], k.c[2]));
+}
+
+FastIndex::Comp FastIndex::comp_of(int axis, float v) const {
+    if (!is_small(v)) return Comp{bits_of(v), -1, std::isfinite(v) != 0};
+    const Axis& ax = m_axes[axis];
+    auto it = ax.values.find(v == 0.0f ? 0.0f : v);
+    if (it == ax.values.end()) return Comp{bits_of(v), -1, true};  // not reached for stored values
+    const Cluster& cl = ax.clusters[it->second];
+    return Comp{bits_of(cl.rep), static_cast<std::int32_t>(it->second), cl.complete};
+}
+
+// The component of v on axis, recording v among the axis's values. Values
+// of queries are recorded too: a component that takes in more values than
+// the records have is coarser, which keeps every answer exact.
+bool FastIndex::classify(int axis, float v, Comp& comp, PointPool& pool) {
+    if (std::isnan(v)) return false;
     if (!is_small(v)) {
-        key = bits_of(v);
+        // Infinities never compare equal, not even to themselves: a block of their own.
+        comp = Comp{bits_of(v), -1, std::isfinite(v) != 0};
         return true;
     }
-    const float c = v == 0.0f ? 0.0f : v;  // -0 and 0 are one value here
-    auto it = m_values.lower_bound(c);
-    if (it != m_values.end() && it->first == c) {
-        key = bits_of(m_clusters[it->second].rep);
+    Axis& ax = m_axes[axis];
+    const float c = v == 0.0f ? 0.0f : v;
+    auto it = ax.values.lower_bound(c);
+    if (it != ax.values.end() && it->first == c) {
+        comp = comp_of(axis, c);
         return true;
     }
-    // The values within the tolerance of c form an interval around it, so
-    // its two neighbours tell whether it touches a cluster.
-    const bool touchesNext = it != m_values.end() && axis_equal(it->first, c, kFastTolerance);
-    const bool touchesPrev = it != m_values.begin() && axis_equal(std::prev(it)->first, c, kFastTolerance);
-    pending.value = c;
-    if (!touchesNext && !touchesPrev) {
-        pending.what = Pending::NewCluster;
-        key = bits_of(c);
-        return true;
+    // The values equal to c form an interval around it: its neighbours tell.
+    const bool toNext = it != ax.values.end() && axis_equal(it->first, c, kFastTolerance);
+    const bool toPrev = it != ax.values.begin() && axis_equal(std::prev(it)->first, c, kFastTolerance);
+    if (!toNext && !toPrev) {
+        const std::uint32_t id = static_cast<std::uint32_t>(ax.clusters.size());
+        ax.clusters.push_back(Cluster{c, c, c, true, {}});
+        ax.values.emplace(c, id);
+    } else if (toNext && toPrev && it->second != std::prev(it)->second) {
+        // c bridges two components: they become one, incomplete (the ends of
+        // the two are more than the tolerance apart).
+        std::int32_t low = static_cast<std::int32_t>(std::prev(it)->second);
+        std::int32_t high = static_cast<std::int32_t>(it->second);
+        restructure(axis, {low, high}, low, pool);
+        Cluster& into = ax.clusters[low];
+        Cluster& from = ax.clusters[high];
+        for (auto j = ax.values.find(from.min); j != ax.values.end() && j->first <= from.max; ++j)
+            j->second = static_cast<std::uint32_t>(low);
+        into.members.insert(into.members.end(), from.members.begin(), from.members.end());
+        from.members.clear();
+        into.max = from.max;
+        into.complete = false;
+        ax.values.emplace(c, static_cast<std::uint32_t>(low));
+    } else {
+        const std::uint32_t id = toPrev ? std::prev(it)->second : it->second;
+        Cluster& cl = ax.clusters[id];
+        const bool stays = axis_equal(cl.min, c, kFastTolerance) && axis_equal(cl.max, c, kFastTolerance);
+        if (cl.complete && !stays) restructure(axis, {static_cast<std::int32_t>(id)}, static_cast<std::int32_t>(id), pool);
+        Cluster& after = ax.clusters[id];
+        if (!stays) after.complete = false;
+        after.min = std::min(after.min, c);
+        after.max = std::max(after.max, c);
+        ax.values.emplace(c, id);
     }
-    const std::uint32_t cluster = touchesPrev ? std::prev(it)->second : it->second;
-    if (touchesPrev && touchesNext && it->second != cluster) return false;  // bridges two clusters
-    const Cluster& cl = m_clusters[cluster];
-    if (!axis_equal(cl.min, c, kFastTolerance) || !axis_equal(cl.max, c, kFastTolerance))
-        return false;  // equal to part of the cluster only
-    pending.what = Pending::Extend;
-    pending.cluster = cluster;
-    key = bits_of(cl.rep);
+    comp = comp_of(axis, c);
     return true;
 }
 
-void AxisClasses::commit(const Pending& pending) {
-    if (pending.what == Pending::NewCluster) {
-        m_values.emplace(pending.value, static_cast<std::uint32_t>(m_clusters.size()));
-        m_clusters.push_back({pending.value, pending.value, pending.value});
-    } else if (pending.what == Pending::Extend) {
-        m_values.emplace(pending.value, pending.cluster);
-        Cluster& cl = m_clusters[pending.cluster];
-        cl.min = std::min(cl.min, pending.value);
-        cl.max = std::max(cl.max, pending.value);
+FastIndex::BlockKey FastIndex::block_of(const Comp comps[3]) const {
+    BlockKey k{3, {0, 0, 0}};
+    for (int a = 0; a < 3; ++a) {
+        k.c[a] = comps[a].key;
+        if (!comps[a].complete) {
+            k.depth = static_cast<std::uint32_t>(a);
+            return k;
+        }
+    }
+    return k;
+}
+
+// Moves the records whose component on axis lies in the clusters old into
+// one block of cluster into (incomplete from now on), in their chain order:
+// the order of the old components, then of what each kept inside.
+void FastIndex::restructure(int axis, const std::vector<std::int32_t>& old, std::int32_t into, PointPool& pool) {
+    Axis& ax = m_axes[axis];
+    struct Item {
+        std::uint32_t ordinal;
+        BlockKey target;
+        std::array<double, 6> key;
+        int length;
+    };
+    std::vector<Item> items;
+    std::unordered_map<std::uint32_t, std::uint32_t> position;
+    std::vector<BlockKey> consumed;
+    std::vector<std::uint32_t> nodes;
+    for (std::int32_t id : old) nodes.insert(nodes.end(), ax.clusters[id].members.begin(), ax.clusters[id].members.end());
+    for (std::uint32_t o : nodes) {
+        const TMTPoint& p = pool.at(o);
+        const float v[3] = {p.x, p.y, p.z};
+        Comp comps[3] = {comp_of(0, v[0]), comp_of(1, v[1]), comp_of(2, v[2])};
+        bool shallower = false;
+        for (int b = 0; b < axis; ++b) shallower = shallower || !comps[b].complete;
+        if (shallower) continue;  // in a block of a lower axis, which does not change
+        const BlockKey where = block_of(comps);
+        if (where.depth < 3 && position.find(o) == position.end()) {
+            auto blk = m_blocks.find(where);
+            if (blk != m_blocks.end()) {
+                for (std::size_t i = 0; i < blk->second.size(); ++i)
+                    position[blk->second[i]] = static_cast<std::uint32_t>(i);
+                consumed.push_back(where);
+            }
+        }
+        Item item{o, BlockKey{static_cast<std::uint32_t>(axis), {0, 0, 0}}, {}, 0};
+        for (int b = 0; b < axis; ++b) item.target.c[b] = comps[b].key;
+        for (int b = axis; b < 3; ++b) {
+            item.key[item.length++] = float_of(comps[b].key);
+            if (!comps[b].complete) {
+                item.key[item.length++] = position[o];
+                break;
+            }
+        }
+        if (m_inHash.size() > o) m_inHash[o] = false;
+        items.push_back(item);
+    }
+    for (const BlockKey& k : consumed) m_blocks.erase(k);
+    std::sort(items.begin(), items.end(), [](const Item& a, const Item& b) {
+        for (int i = 0; i < 3; ++i)
+            if (a.target.c[i] != b.target.c[i]) return a.target.c[i] < b.target.c[i];
+        return std::lexicographical_compare(a.key.begin(), a.key.begin() + a.length, b.key.begin(),
+                                            b.key.begin() + b.length);
+    });
+    const std::uint32_t intoKey = bits_of(ax.clusters[into].rep);
+    for (Item& item : items) {
+        item.target.c[axis] = intoKey;
+        m_blocks[item.target].push_back(item.ordinal);
     }
 }
 
-std::uint32_t AxisClasses::class_key(float stored) const {
-    if (!is_small(stored)) return bits_of(stored);
-    auto it = m_values.find(stored == 0.0f ? 0.0f : stored);
-    return it == m_values.end() ? bits_of(stored) : bits_of(m_clusters[it->second].rep);
+bool FastIndex::same_comps(const TMTPoint& p, const Comp comps[3]) const {
+    const float v[3] = {p.x, p.y, p.z};
+    for (int a = 0; a < 3; ++a)
+        if (bits_of(v[a]) != comps[a].key && comp_of(a, v[a]).key != comps[a].key) return false;
+    return true;
 }
 
-void AxisClasses::clear() {
-    m_values.clear();
-    m_clusters.clear();
-}
-
-FastIndex::Result FastIndex::find(Query& q, PointPool& pool, double tolerance, std::uint32_t& ordinal) {
+FastIndex::Result FastIndex::find(const float v[3], PointPool& pool, const ListLevels& levels, double tolerance,
+                                  std::uint32_t& ordinal) {
     if (tolerance != kFastTolerance) return Result::Irregular;
-    q.small = false;
-    for (int a = 0; a < 3; ++a) {
-        if (is_small(q.v[a]) || !std::isfinite(q.v[a])) {
-            q.small = true;
-            if (!m_axes[a].classify(q.v[a], q.key[a], q.pending[a])) return Result::Irregular;
-        } else {
-            q.key[a] = bits_of(q.v[a]);
-            q.pending[a] = AxisClasses::Pending();
+    for (int a = 0; a < 3; ++a)
+        if (!classify(a, v[a], m_comps[a], pool)) return Result::Irregular;
+    // Components of earlier axes may have changed while classifying later ones.
+    for (int a = 0; a < 3; ++a)
+        if (m_comps[a].cluster >= 0) m_comps[a] = comp_of(a, v[a]);
+    m_block = block_of(m_comps);
+    m_toHash = m_block.depth == 3;
+    if (m_toHash) {
+        m_hash = hash_keys(m_comps[0].key, m_comps[1].key, m_comps[2].key);
+        if (m_slots.empty()) return Result::Missing;
+        const std::size_t mask = m_slots.size() - 1;
+        const std::uint32_t tag = static_cast<std::uint32_t>(m_hash >> 32);
+        for (std::size_t i = m_hash & mask;; i = (i + 1) & mask) {
+            const Slot& s = m_slots[i];
+            if (s.ordinalPlusOne == 0) {
+                m_slot = i;
+                return Result::Missing;
+            }
+            const std::uint32_t o = s.ordinalPlusOne - 1;
+            if (s.tag == tag && m_inHash[o] && same_comps(pool.at(o), m_comps)) {
+                ordinal = o;
+                return Result::Found;
+            }
         }
     }
-    q.hash = hash_keys(q.key);
-    if (m_slots.empty()) {
-        m_emptySlot = 0;
-        return Result::Missing;
-    }
-    const std::size_t mask = m_slots.size() - 1;
-    const std::uint32_t tag = static_cast<std::uint32_t>(q.hash >> 32);
-    for (std::size_t i = q.hash & mask;; i = (i + 1) & mask) {
-        const Slot& s = m_slots[i];
-        if (s.ordinalPlusOne == 0) {
-            m_emptySlot = i;
-            return Result::Missing;
-        }
-        if (s.tag == tag && same_classes(q, pool.at(s.ordinalPlusOne - 1))) {
-            ordinal = s.ordinalPlusOne - 1;
-            return Result::Found;
+    // The literal walk over this block, level by level as the search list
+    // descends (records outside the block compare below or above it).
+    const std::vector<std::uint32_t>& chain = m_blocks[m_block];
+    const std::size_t n = chain.size();
+    std::size_t next = 0;  // first position not passed
+    for (int l = levels.list(); l >= 0; --l) {
+        for (std::size_t j = next; j < n; ++j) {
+            if (levels.node(chain[j]) < l) continue;
+            if (compare(pool.at(chain[j]), v) >= 0) break;
+            next = j + 1;
         }
     }
+    if (next < n && compare(pool.at(chain[next]), v) == 0) {
+        ordinal = chain[next];
+        return Result::Found;
+    }
+    m_position = next;
+    return Result::Missing;
 }
 
-bool FastIndex::same_classes(const Query& q, const TMTPoint& p) const {
-    const float pv[3] = {p.x, p.y, p.z};
-    for (int a = 0; a < 3; ++a) {
-        if (bits_of(pv[a]) == bits_of(q.v[a])) continue;
-        // Different values share a class only when both are small.
-        if (!is_small(q.v[a]) || !is_small(pv[a])) return false;
-        if (m_axes[a].class_key(pv[a]) != q.key[a]) return false;
-    }
-    return true;
-}
-
-std::uint64_t FastIndex::record_hash(const TMTPoint& p) const {
-    const std::uint32_t k[3] = {m_axes[0].class_key(p.x), m_axes[1].class_key(p.y), m_axes[2].class_key(p.z)};
-    return hash_keys(k);
+void FastIndex::add_member(std::uint32_t ordinal, const Comp comps[3]) {
+    for (int a = 0; a < 3; ++a)
+        if (comps[a].cluster >= 0) m_axes[a].clusters[comps[a].cluster].members.push_back(ordinal);
 }
 
 void FastIndex::grow(PointPool& pool) {
     const std::size_t size = m_slots.empty() ? 1024 : m_slots.size() * 2;
     m_slots.assign(size, Slot{0, 0});
     const std::size_t mask = size - 1;
-    for (std::uint32_t o = 0; o < m_used; ++o) {
-        const std::uint64_t h = record_hash(pool.at(o));
+    for (std::uint32_t o = 0; o < m_inHash.size(); ++o) {
+        if (!m_inHash[o]) continue;
+        const TMTPoint& p = pool.at(o);
+        const std::uint64_t h =
+            hash_keys(comp_of(0, p.x).key, comp_of(1, p.y).key, comp_of(2, p.z).key);
         std::size_t i = h & mask;
         while (m_slots[i].ordinalPlusOne != 0) i = (i + 1) & mask;
         m_slots[i] = Slot{o + 1, static_cast<std::uint32_t>(h >> 32)};
     }
 }
 
-void FastIndex::insert(const Query& q, PointPool& pool, std::uint32_t ordinal) {
-    if (q.small)
-        for (int a = 0; a < 3; ++a) m_axes[a].commit(q.pending[a]);
+void FastIndex::insert(PointPool& pool, std::uint32_t ordinal) {
+    add_member(ordinal, m_comps);
+    if (m_inHash.size() <= ordinal) m_inHash.resize(ordinal + 1, false);
+    if (!m_toHash) {
+        std::vector<std::uint32_t>& chain = m_blocks[m_block];
+        chain.insert(chain.begin() + static_cast<std::ptrdiff_t>(m_position), ordinal);
+        return;
+    }
+    m_inHash[ordinal] = true;
     // Keep the load at most one half so probes stay short.
     if (static_cast<std::size_t>(m_used + 1) * 2 > m_slots.size()) {
-        grow(pool);
-        const std::size_t mask = m_slots.size() - 1;
-        m_emptySlot = q.hash & mask;
-        while (m_slots[m_emptySlot].ordinalPlusOne != 0) m_emptySlot = (m_emptySlot + 1) & mask;
+        grow(pool);  // places the new record too
+        ++m_used;
+        return;
     }
-    m_slots[m_emptySlot] = Slot{ordinal + 1, static_cast<std::uint32_t>(q.hash >> 32)};
+    m_slots[m_slot] = Slot{ordinal + 1, static_cast<std::uint32_t>(m_hash >> 32)};
     ++m_used;
 }
 
-std::vector<std::uint32_t> FastIndex::sorted_ordinals(PointPool& pool, std::uint32_t count) const {
-    // Class keys are the bits of a member value; distinct classes of an axis
-    // are disjoint intervals, so comparing those values orders the classes.
-    struct Entry {
-        float k[3];
+std::vector<std::uint32_t> FastIndex::sorted_ordinals(PointPool& pool, std::uint32_t count) {
+    // Component order on each axis, then the chain order kept in each block.
+    std::unordered_map<std::uint32_t, std::uint32_t> position;
+    for (const auto& blk : m_blocks)
+        for (std::size_t i = 0; i < blk.second.size(); ++i) position[blk.second[i]] = static_cast<std::uint32_t>(i);
+    struct Item {
+        std::array<double, 4> key;
         std::uint32_t ordinal;
     };
-    std::vector<Entry> entries(count);
+    std::vector<Item> items(count);
     for (std::uint32_t o = 0; o < count; ++o) {
         const TMTPoint& p = pool.at(o);
-        entries[o] = Entry{{float_of(m_axes[0].class_key(p.x)), float_of(m_axes[1].class_key(p.y)),
-                            float_of(m_axes[2].class_key(p.z))},
-                           o};
+        const float v[3] = {p.x, p.y, p.z};
+        Item& it = items[o];
+        it.ordinal = o;
+        it.key = {0, 0, 0, 0};
+        for (int a = 0; a < 3; ++a) {
+            const Comp c = comp_of(a, v[a]);
+            it.key[a] = float_of(c.key);
+            if (!c.complete) {
+                it.key[a + 1] = position[o];
+                break;
+            }
+        }
     }
-    std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
-        if (a.k[0] != b.k[0]) return a.k[0] < b.k[0];
-        if (a.k[1] != b.k[1]) return a.k[1] < b.k[1];
-        return a.k[2] < b.k[2];
-    });
+    std::sort(items.begin(), items.end(), [](const Item& a, const Item& b) { return a.key < b.key; });
     std::vector<std::uint32_t> out(count);
-    for (std::uint32_t i = 0; i < count; ++i) out[i] = entries[i].ordinal;
+    for (std::uint32_t i = 0; i < count; ++i) out[i] = items[i].ordinal;
     return out;
 }
 
 void FastIndex::clear() {
+    for (Axis& a : m_axes) {
+        a.values.clear();
+        a.clusters.clear();
+    }
+    m_blocks.clear();
     std::vector<Slot>().swap(m_slots);
+    std::vector<bool>().swap(m_inHash);
     m_used = 0;
-    m_emptySlot = 0;
-    for (AxisClasses& a : m_axes) a.clear();
 }
 
 }  // namespace zor

@@ -24,6 +24,7 @@ struct KindEngine {
     PointPool pool;
     FastIndex fast;
     bool literal = false;
+    int drawnLevel = 0;
 };
 
 struct Internals {
@@ -354,15 +355,16 @@ int TMT_point_index(float x, float y, float z, TMTPoint** record, SL_List** list
         SL_init_family(static_cast<int>(kind));
         *list = SL_new_list(0, TMT_compare_points, static_cast<int>(kind));
         engine.literal = internals().literalOnly;
+        engine.drawnLevel = family_level(static_cast<int>(kind));
     }
     MeshIndexState& s = mesh_index_state();
     if (!engine.literal) {
-        FastIndex::Query q;
-        q.v[0] = x;
-        q.v[1] = y;
-        q.v[2] = z;
+        const float v[3] = {x, y, z};
+        ListLevels levels;
+        levels.drawn = engine.drawnLevel;
+        levels.count = s.kind(kind).count;
         std::uint32_t ordinal = 0;
-        switch (engine.fast.find(q, engine.pool, s.tolerance, ordinal)) {
+        switch (engine.fast.find(v, engine.pool, levels, s.tolerance, ordinal)) {
             case FastIndex::Result::Found:
                 if (record != nullptr) *record = &engine.pool.at(ordinal);
                 return 1;
@@ -372,7 +374,7 @@ int TMT_point_index(float x, float y, float z, TMTPoint** record, SL_List** list
                 if (record != nullptr) *record = p;
                 // The level draw of SL_insert, for its effect on rand().
                 SL_random_level(static_cast<int>(kind));
-                engine.fast.insert(q, engine.pool, p->index - 1);
+                engine.fast.insert(engine.pool, p->index - 1);
                 s.kind(kind).tail = p;
                 return static_cast<int>(s.kind(kind).count);
             }

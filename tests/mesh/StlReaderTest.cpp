@@ -81,7 +81,7 @@ TEST_F(StlReaderTest, DecidesTheTypeByTheFirst150Bytes) {
     std::string accented = ascii;
     accented.replace(6, 1, "\xe9");  // a byte above 126 in the solid's name
     std::string late = ascii;
-    late.insert(150, "\xe9");
+    late.insert(late.size() - 2, "\xe9");  // in the endsolid name, past byte 150
     const std::string shortAscii = "solid s\nendsolid s\n";
     std::string count84 = std::string(80, 'a') + std::string("\x01\x00\x00\x00", 4);
     const Case cases[] = {

@@ -66,7 +66,10 @@ public:
     // literal walk must answer from now on.
     Result find(const float v[3], PointPool& pool, const ListLevels& levels, double tolerance,
                 std::uint32_t& ordinal);
-    void insert(PointPool& pool, std::uint32_t ordinal);
+    void insert(std::uint32_t ordinal);
+    // Starts loading the hash slot v will probe (when its coordinates are
+    // all plain values), so that a later find does not wait for memory.
+    void prefetch(const float v[3]) const;
     // The ordinals 0 .. count - 1 in the order the search list keeps them.
     std::vector<std::uint32_t> sorted_ordinals(PointPool& pool, std::uint32_t count);
     void clear();
@@ -77,9 +80,25 @@ private:
         bool complete;
         std::vector<std::uint32_t> members;  // records with a value of this cluster on the axis
     };
+    // Open-addressing map from the bits of a small value to its cluster:
+    // repeated values skip the ordered map.
+    class ValueMap {
+    public:
+        bool find(std::uint32_t bits, std::uint32_t& cluster) const;
+        void put(std::uint32_t bits, std::uint32_t cluster);
+        void clear();
+
+    private:
+        std::vector<std::uint64_t> m_slots;  // bits << 32 | cluster + 1; 0 empty
+        std::size_t m_used = 0;
+    };
     struct Axis {
-        std::map<float, std::uint32_t> values;  // small values (-0 as 0) -> cluster
+        std::map<float, std::uint32_t> values;  // small values (-0 as 0) -> cluster (maybe merged away)
+        ValueMap exact;
         std::vector<Cluster> clusters;
+        std::vector<std::uint32_t> parent;  // merged clusters point at the one they went into
+        std::uint32_t root(std::uint32_t id);
+        std::uint32_t root(std::uint32_t id) const;
     };
     // A component as the index sees it: key (bits of a member value; the
     // value itself where it is not small), cluster or -1, complete or not.
@@ -104,16 +123,17 @@ private:
     };
 
     bool classify(int axis, float v, Comp& comp, PointPool& pool);
-    Comp comp_of(int axis, float v) const;
+    Comp comp_of(int axis, float v);
     BlockKey block_of(const Comp comps[3]) const;
     void restructure(int axis, const std::vector<std::int32_t>& old, std::int32_t into, PointPool& pool);
     void add_member(std::uint32_t ordinal, const Comp comps[3]);
-    bool same_comps(const TMTPoint& p, const Comp comps[3]) const;
-    void grow(PointPool& pool);
+    bool same_comps(const TMTPoint& p, const Comp comps[3]);
+    void grow(std::uint32_t ordinal);
 
     Axis m_axes[3];
     std::unordered_map<BlockKey, std::vector<std::uint32_t>, BlockHash> m_blocks;
-    std::vector<Slot> m_slots;
+    std::vector<Slot> m_slots;  // indexed by the top bits of the tag
+    int m_shift = 32;
     std::vector<bool> m_inHash;  // per ordinal: found through the hash
     std::uint32_t m_used = 0;
 

@@ -374,7 +374,7 @@ int TMT_point_index(float x, float y, float z, TMTPoint** record, SL_List** list
                 if (record != nullptr) *record = p;
                 // The level draw of SL_insert, for its effect on rand().
                 SL_random_level(static_cast<int>(kind));
-                engine.fast.insert(engine.pool, p->index - 1);
+                engine.fast.insert(p->index - 1);
                 s.kind(kind).tail = p;
                 return static_cast<int>(s.kind(kind).count);
             }
@@ -457,6 +457,13 @@ int tmt_add_face_indices(const float vertices[9], const float normal[3], SL_List
     }
     out[3] = n->index - 1;
     return 1;
+}
+
+void tmt_prefetch_face(const float vertices[9], const float normal[3]) {
+    Internals& in = internals();
+    if (!in.engines[0].literal)
+        for (int i = 0; i < 3; ++i) in.engines[0].fast.prefetch(vertices + 3 * i);
+    if (!in.engines[1].literal) in.engines[1].fast.prefetch(normal);
 }
 
 void tmt_release_lookup() {

@@ -88,6 +88,9 @@ int TMT_free(SL_List* points, SL_List* vectors);
 int tmt_add_face_indices(const float vertices[9], const float normal[3], SL_List** points, SL_List** vectors,
                          unsigned int out[4]);
 
+// Hint that the vertices and normal of a coming face will be looked up soon.
+void tmt_prefetch_face(const float vertices[9], const float normal[3]);
+
 // After the last face: drops the hash tables of both kinds (the records and
 // search lists stay until TMT_free).
 void tmt_release_lookup();

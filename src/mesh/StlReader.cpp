@@ -197,7 +197,15 @@ int STL_read_binary(ReadContext& c) {
     // Room for the facets the file can hold, not for what the count claims.
     c.faces->reserve(std::min<std::size_t>(static_cast<std::size_t>(count), in.remaining_hint() / kFacetBytes + 1));
     float f[12];
+    constexpr std::size_t kAhead = 8;  // facets whose hash slots are loaded early
     for (std::int32_t i = 0; i < count; ++i) {
+        if (count - i > static_cast<std::int32_t>(kAhead)) {
+            if (const unsigned char* ahead = in.peek(kFacetBytes * (kAhead + 1))) {
+                float g[12];
+                std::memcpy(g, ahead + kAhead * kFacetBytes, sizeof g);
+                tmt_prefetch_face(g + 3, g);
+            }
+        }
         if (const unsigned char* p = in.peek(kFacetBytes)) {
             std::memcpy(f, p, sizeof f);
             in.skip(kFacetBytes);

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "support/ObjectFileWriter.h"
+#include "support/StlWriter.h"
 
 namespace {
 
@@ -48,5 +49,8 @@ int main(int argc, char** argv) {
     save(dir + "/objects/primitives-1.05-inch.obj", primitives(105, 2).plain());
     save(dir + "/objects/primitives-1.01.obj", primitives(101, 1).plain());
     save(dir + "/objects/scrambled-1.13.obj", primitives(113, 2).scrambled());
+    const zortest::StlWriter cube = zortest::stl_cube(10.0f);
+    save(dir + "/stl/cube-ascii.stl", cube.ascii("cube"));
+    save(dir + "/stl/cube-binary.stl", cube.binary("binary cube, 10 mm"));
     return 0;
 }

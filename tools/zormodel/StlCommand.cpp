@@ -1,7 +1,6 @@
 // zormodel stl FILE: reads an STL file with StlFile and prints the counts of
 // distinct vertices, normals and faces, the bounding box and the file's form;
 // --obj writes the de-duplicated mesh as Wavefront OBJ.
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -63,10 +62,8 @@ void add_stl_command(CLI::App& app) {
         const int type = zor::stl_file_type_of(path.c_str());
         StlMesh m;
         std::string name = path;
-        const auto start = std::chrono::steady_clock::now();
         const int ok = StlFile(name.data(), &m.numPoints, &m.points, &m.numVectors, &m.vectors, &m.numFaces,
                                &m.faces, unit_code(units), unit_code(fileUnits));
-        const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
         if (ok != 1) {
             std::fprintf(stderr, "zormodel: %s: not a readable STL file\n", path.c_str());
             throw CLI::RuntimeError(1);
@@ -82,7 +79,6 @@ void add_stl_command(CLI::App& app) {
         r.text("file", path).text("form", type == 1 ? "ascii" : "binary");
         r.integer("points", m.numPoints).integer("normals", m.numVectors).integer("faces", m.numFaces);
         r.numbers("min", {lo[0], lo[1], lo[2]}).numbers("max", {hi[0], hi[1], hi[2]});
-        r.number("seconds", std::round(seconds * 1e4) / 1e4);
         if (json) {
             r.printJson(stdout);
             std::fputs("\n", stdout);

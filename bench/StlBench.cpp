@@ -20,8 +20,8 @@ const std::string& input(bool ascii) {
     }();
     static const std::string binary = dir + "/torus-200k-binary.stl";
     static const std::string text = dir + "/torus-200k-ascii.stl";
-    static const bool written = zorbench::write_torus(binary, 400, 250, false) &&
-                                zorbench::write_torus(text, 400, 250, true);
+    static const bool written =
+        zorbench::write_torus(binary, 400, 250, false) && zorbench::write_torus(text, 400, 250, true);
     if (!written) std::abort();
     return ascii ? text : binary;
 }

@@ -1,9 +1,9 @@
 // assimp: normals removed, then JoinIdenticalVertices (with normals kept,
 // assimp merges nothing).
-#include <assimp/Importer.hpp>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
 
+#include <assimp/Importer.hpp>
 #include <chrono>
 #include <cstdio>
 

@@ -1,7 +1,6 @@
 // OpenMesh: read_mesh into a triangle mesh.
 #include <OpenMesh/Core/IO/MeshIO.hh>
 #include <OpenMesh/Core/Mesh/TriMesh_ArrayKernelT.hh>
-
 #include <chrono>
 #include <cstdio>
 

@@ -154,7 +154,8 @@ bool FastIndex::classify(int axis, float v, Comp& comp, PointPool& pool) {
         const std::uint32_t id = toPrev ? prevId : nextId;
         Cluster& cl = ax.clusters[id];
         const bool stays = axis_equal(cl.min, c, kFastTolerance) && axis_equal(cl.max, c, kFastTolerance);
-        if (cl.complete && !stays) restructure(axis, {static_cast<std::int32_t>(id)}, static_cast<std::int32_t>(id), pool);
+        if (cl.complete && !stays)
+            restructure(axis, {static_cast<std::int32_t>(id)}, static_cast<std::int32_t>(id), pool);
         Cluster& after = ax.clusters[id];
         if (!stays) after.complete = false;
         after.min = std::min(after.min, c);
@@ -194,7 +195,8 @@ void FastIndex::restructure(int axis, const std::vector<std::int32_t>& old, std:
     std::unordered_map<std::uint32_t, std::uint32_t> position;
     std::vector<BlockKey> consumed;
     std::vector<std::uint32_t> nodes;
-    for (std::int32_t id : old) nodes.insert(nodes.end(), ax.clusters[id].members.begin(), ax.clusters[id].members.end());
+    for (std::int32_t id : old)
+        nodes.insert(nodes.end(), ax.clusters[id].members.begin(), ax.clusters[id].members.end());
     for (std::uint32_t o : nodes) {
         const TMTPoint& p = pool.at(o);
         const float v[3] = {p.x, p.y, p.z};

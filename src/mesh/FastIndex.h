@@ -51,9 +51,12 @@ struct ListLevels {
     int drawn = 0;
     std::uint32_t count = 0;  // records so far
     int node(std::uint32_t ordinal) const {
-        return drawn == 0 ? 0 : (static_cast<std::uint32_t>(drawn) < ordinal + 1 ? drawn : static_cast<int>(ordinal) + 1);
+        return drawn == 0 ? 0
+                          : (static_cast<std::uint32_t>(drawn) < ordinal + 1 ? drawn : static_cast<int>(ordinal) + 1);
     }
-    int list() const { return drawn == 0 ? 0 : (static_cast<std::uint32_t>(drawn) < count ? drawn : static_cast<int>(count)); }
+    int list() const {
+        return drawn == 0 ? 0 : (static_cast<std::uint32_t>(drawn) < count ? drawn : static_cast<int>(count));
+    }
 };
 
 class FastIndex {
@@ -64,8 +67,7 @@ public:
     // remembers where the record goes (insert must follow with the ordinal
     // of the new record); Irregular (a NaN, or another tolerance) means the
     // literal walk must answer from now on.
-    Result find(const float v[3], PointPool& pool, const ListLevels& levels, double tolerance,
-                std::uint32_t& ordinal);
+    Result find(const float v[3], PointPool& pool, const ListLevels& levels, double tolerance, std::uint32_t& ordinal);
     void insert(std::uint32_t ordinal);
     // Starts loading the hash slot v will probe (when its coordinates are
     // all plain values), so that a later find does not wait for memory.

@@ -488,8 +488,17 @@ int StlFile(char* fileName, unsigned int* numPoints, double** points, unsigned i
     if (numPoints != nullptr) *numPoints = pointCount;
     if (numVectors != nullptr) *numVectors = vectorCount;
     if (numFaces != nullptr) *numFaces = faceCount;
-    if (points != nullptr) *points = p; else std::free(p);
-    if (vectors != nullptr) *vectors = v; else std::free(v);
-    if (faces != nullptr) *faces = f; else std::free(f);
+    if (points != nullptr)
+        *points = p;
+    else
+        std::free(p);
+    if (vectors != nullptr)
+        *vectors = v;
+    else
+        std::free(v);
+    if (faces != nullptr)
+        *faces = f;
+    else
+        std::free(f);
     return 1;
 }

@@ -4,8 +4,8 @@
 
 #include <cmath>
 #include <cstdio>
-#include <vector>
 #include <string>
+#include <vector>
 
 #include "mesh/MeshIndex.h"
 
@@ -38,8 +38,8 @@ protected:
 
 TEST_F(MeshIndexTest, FacesLinkRecordsOfFirstAppearance) {
     ASSERT_EQ(face(0, 0, 1, 0, 0, 1), 1);
-    ASSERT_EQ(face(1, 0, 1, 1, 0, 1), 1);                  // shares an edge
-    ASSERT_EQ(face(0, 0, 1e-6f, 0, 1, 1, -1.0f), 1);       // 1e-6 apart stays apart
+    ASSERT_EQ(face(1, 0, 1, 1, 0, 1), 1);             // shares an edge
+    ASSERT_EQ(face(0, 0, 1e-6f, 0, 1, 1, -1.0f), 1);  // 1e-6 apart stays apart
     zor::MeshIndexState& s = zor::mesh_index_state();
     EXPECT_EQ(s.points.count, 5u);
     EXPECT_EQ(s.vectors.count, 2u);

@@ -63,7 +63,7 @@ TEST_F(StlReaderTest, UnitFactorScalesPointsOnly) {
         const Captured c = read_captured(path, k.wanted, k.file);
         ASSERT_EQ(c.r.result, 1);
         EXPECT_EQ(c.r.mesh.points[4], 1.0 * k.factor);  // the second vertex's y
-        EXPECT_EQ(c.r.mesh.vectors[2], -1.0);             // normals as read
+        EXPECT_EQ(c.r.mesh.vectors[2], -1.0);           // normals as read
     }
 }
 
@@ -117,8 +117,9 @@ TEST_F(StlReaderTest, AcceptsTheAsciiGrammarAsWritten) {
         std::string text;
         std::size_t points, faces;
     };
-    std::string upper = "SOLID X\nFACET NORMAL 0 0 1\nOUTER LOOP\nVERTEX 0 0 0\nVeRtEx 1 0 0\nVERTEX 0 1 0\n"
-                        "ENDLOOP\nENDFACET\nENDSOLID\n";
+    std::string upper =
+        "SOLID X\nFACET NORMAL 0 0 1\nOUTER LOOP\nVERTEX 0 0 0\nVeRtEx 1 0 0\nVERTEX 0 1 0\n"
+        "ENDLOOP\nENDFACET\nENDSOLID\n";
     const Case cases[] = {
         {"plain", pad + "\nsolid a\n" + f1 + "endsolid a\n", 3, 1},
         {"keywords in capitals and mixed case", pad + "\n" + upper, 3, 1},
@@ -126,8 +127,8 @@ TEST_F(StlReaderTest, AcceptsTheAsciiGrammarAsWritten) {
          pad + "\nsolid a\n" + f1 + "end\n" + f2 + "solid b\n" + f2 + "endsolid\n", 6, 2},
         {"lines before the solid and unknown lines inside are ignored",
          pad + "\nhello\nfacet normal 1 1 1\nsolid\ncolor red\n\n \t \n" + f1 + "endsolid\n", 3, 1},
-        {"two solids read into one mesh", pad + "\nsolid a\n" + f1 + "endsolid\nsolid b\n" + f1 + f2 + "endsolid\n",
-         6, 3},
+        {"two solids read into one mesh", pad + "\nsolid a\n" + f1 + "endsolid\nsolid b\n" + f1 + f2 + "endsolid\n", 6,
+         3},
         {"end of file inside a solid closes it", pad + "\nsolid a\n" + f1, 3, 1},
         {"keyword must be the whole first token", pad + "\nsolid a\nfacets normal 1 1 1\n" + f1 + "endsolidx\n", 3, 1},
         {"tabs and blanks separate tokens", pad + "\n\tsolid\ta\n" + f1 + "\tendsolid\n", 3, 1},
@@ -226,8 +227,7 @@ TEST_F(StlReaderTest, BadBinaryFilesFailOnceWithTheirText) {
         {"last facet without its attribute", full.substr(0, full.size() - 1), 0, "Error reading a short\n"},
         {"last facet cut in a float", full.substr(0, full.size() - 7), 0, "Error reading a float\n"},
         {"header only", full.substr(0, 82), 0, "Error reading a long\n"},
-        {"count 4,000,000,000 (negative as signed)", StlWriter().binary("", 4000000000u) + std::string(16, 'x'), 1,
-         ""},
+        {"count 4,000,000,000 (negative as signed)", StlWriter().binary("", 4000000000u) + std::string(16, 'x'), 1, ""},
         {"count 2,000,000,000 in a 100-byte file", StlWriter().binary("", 2000000000u) + std::string(16, 'x'), 0,
          "Error reading a float\n"},
         {"bytes after the last facet", full + "trailing", 1, ""},
@@ -275,10 +275,46 @@ TEST_F(StlReaderTest, NanAndInfiniteCoordinatesAreKeptAndNeverMerged) {
 }
 
 std::string random_token(std::mt19937& rng) {
-    static const std::vector<std::string> parts = {
-        "", "+", "-", "0", "1", "9", "12345678901234567890", ".", "e", "E", "e+", "e-", "38", "39", "45", "-46",
-        "x", "0x", "0X1.8p3", "p", "inf", "INF", "infinity", "nan", "NaN(12)", "nan(", "abc", "\v", "\f", "1e",
-        "00", "7e-39", "3.4028235e38", "3.4028236e38", "1.17549435e-38", "1.4e-45", "0.1", "2.5", "1,5", "f"};
+    static const std::vector<std::string> parts = {"",
+                                                   "+",
+                                                   "-",
+                                                   "0",
+                                                   "1",
+                                                   "9",
+                                                   "12345678901234567890",
+                                                   ".",
+                                                   "e",
+                                                   "E",
+                                                   "e+",
+                                                   "e-",
+                                                   "38",
+                                                   "39",
+                                                   "45",
+                                                   "-46",
+                                                   "x",
+                                                   "0x",
+                                                   "0X1.8p3",
+                                                   "p",
+                                                   "inf",
+                                                   "INF",
+                                                   "infinity",
+                                                   "nan",
+                                                   "NaN(12)",
+                                                   "nan(",
+                                                   "abc",
+                                                   "\v",
+                                                   "\f",
+                                                   "1e",
+                                                   "00",
+                                                   "7e-39",
+                                                   "3.4028235e38",
+                                                   "3.4028236e38",
+                                                   "1.17549435e-38",
+                                                   "1.4e-45",
+                                                   "0.1",
+                                                   "2.5",
+                                                   "1,5",
+                                                   "f"};
     std::string t;
     const int n = 1 + static_cast<int>(rng() % 5);
     for (int i = 0; i < n; ++i) t += parts[rng() % parts.size()];

@@ -19,8 +19,8 @@ public:
         facets.push_back(f);
         return *this;
     }
-    StlWriter& facet(float nx, float ny, float nz, float x1, float y1, float z1, float x2, float y2, float z2,
-                     float x3, float y3, float z3) {
+    StlWriter& facet(float nx, float ny, float nz, float x1, float y1, float z1, float x2, float y2, float z2, float x3,
+                     float y3, float z3) {
         return facet(StlFacet{{nx, ny, nz}, {{x1, y1, z1}, {x2, y2, z2}, {x3, y3, z3}}});
     }
 

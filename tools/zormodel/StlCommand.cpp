@@ -62,8 +62,8 @@ void add_stl_command(CLI::App& app) {
         const int type = zor::stl_file_type_of(path.c_str());
         StlMesh m;
         std::string name = path;
-        const int ok = StlFile(name.data(), &m.numPoints, &m.points, &m.numVectors, &m.vectors, &m.numFaces,
-                               &m.faces, unit_code(units), unit_code(fileUnits));
+        const int ok = StlFile(name.data(), &m.numPoints, &m.points, &m.numVectors, &m.vectors, &m.numFaces, &m.faces,
+                               unit_code(units), unit_code(fileUnits));
         if (ok != 1) {
             std::fprintf(stderr, "zormodel: %s: not a readable STL file\n", path.c_str());
             throw CLI::RuntimeError(1);

@@ -10,6 +10,7 @@
 #include "support/DxfWriter.h"
 #include "support/ObjectFileWriter.h"
 #include "support/ToolLibraryWriter.h"
+#include "support/StlWriter.h"
 
 namespace {
 
@@ -283,5 +284,8 @@ int main(int argc, char** argv) {
     foreign_examples(dir + "/foreign");
     save(dir + "/dxf/bracket.dxf", bracket_dxf());
     save(dir + "/dxf/shaft.dxf", shaft_dxf());
+    const zortest::StlWriter cube = zortest::stl_cube(10.0f);
+    save(dir + "/stl/cube-ascii.stl", cube.ascii("cube"));
+    save(dir + "/stl/cube-binary.stl", cube.binary("binary cube, 10 mm"));
     return 0;
 }

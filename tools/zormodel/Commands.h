@@ -12,6 +12,7 @@ void add_tools_command(CLI::App& app);
 void add_polygon_command(CLI::App& app);
 void add_dxf_command(CLI::App& app);
 void add_contours_command(CLI::App& app);
+void add_stl_command(CLI::App& app);
 
 // Exit code for a file that is missing or cannot be read; prints the one-line
 // message to standard error.

@@ -43,6 +43,7 @@ int main(int argc, char** argv) {
     zormodel::add_polygon_command(app);
     zormodel::add_dxf_command(app);
     zormodel::add_contours_command(app);
+    zormodel::add_stl_command(app);
     bool stats = false;
     app.add_flag("--stats", stats, "Print wall time and peak memory on standard error");
     const auto start = std::chrono::steady_clock::now();

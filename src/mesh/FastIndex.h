@@ -1,0 +1,151 @@
+// The lookup behind TMT_point_index: the same answers as walking the search
+// list from its head, without the walk wherever the walk cannot matter.
+//
+// On one axis two floats compare equal when |a - b| <= 1e-8 (difference in
+// single precision). Values of magnitude 0.25 or more have no other float
+// that close, so there "equal" means "the same value". Smaller values are
+// grouped per axis into components: values linked by chains of equal pairs.
+// A component is complete when all its values are pairwise equal.
+//
+// What the walk does, and why this is exact: the search list (the "chain")
+// keeps the records of one x component together, components in increasing
+// order (a record is always inserted after every record of a lower component
+// and before every record of a higher one, since those compare below and
+// above whatever the walk meets in between). So the walk for a point passes
+// every lower component and its answer depends only on the records of the
+// point's own x component, walked in chain order. When that component is
+// complete, x compares equal throughout and the same holds for y inside it,
+// then for z. Where every component on the way is complete there is at most
+// one record per triple of components and a hash finds it. Where one is not
+// (near-zero values that chain, like -6e-9, 0, 6e-9, or an infinity, which
+// never compares equal to itself), the records of that block are kept in
+// chain order and the walk is done literally over that block only, with the
+// levels the search list gives its nodes. When a component becomes
+// incomplete or two merge, the records concerned are moved into a block in
+// the chain order they had. A NaN breaks the order itself: the caller then
+// builds the whole search list (sorted_ordinals) and walks it from then on.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <unordered_map>
+#include <vector>
+
+#include "mesh/MeshIndex.h"
+
+namespace zor {
+
+// True when a and b count as equal on one axis of TMT_compare_points.
+inline bool axis_equal(float a, float b, double tolerance) {
+    float d = a - b;
+    return tolerance >= static_cast<double>(d < 0 ? -d : d);
+}
+
+// The tolerance the component logic is built for; any other tolerance makes
+// the index use the literal search list throughout.
+constexpr double kFastTolerance = 1e-8;
+
+// The search-list levels of a read: every node gets the drawn level, cut by
+// SL_insert to one more than the list's level at its insertion.
+struct ListLevels {
+    int drawn = 0;
+    std::uint32_t count = 0;  // records so far
+    int node(std::uint32_t ordinal) const {
+        return drawn == 0 ? 0
+                          : (static_cast<std::uint32_t>(drawn) < ordinal + 1 ? drawn : static_cast<int>(ordinal) + 1);
+    }
+    int list() const {
+        return drawn == 0 ? 0 : (static_cast<std::uint32_t>(drawn) < count ? drawn : static_cast<int>(count));
+    }
+};
+
+class FastIndex {
+public:
+    enum class Result { Found, Missing, Irregular };
+
+    // Looks v up among the records of pool. Found sets ordinal; Missing
+    // remembers where the record goes (insert must follow with the ordinal
+    // of the new record); Irregular (a NaN, or another tolerance) means the
+    // literal walk must answer from now on.
+    Result find(const float v[3], PointPool& pool, const ListLevels& levels, double tolerance, std::uint32_t& ordinal);
+    void insert(std::uint32_t ordinal);
+    // Starts loading the hash slot v will probe (when its coordinates are
+    // all plain values), so that a later find does not wait for memory.
+    void prefetch(const float v[3]) const;
+    // The ordinals 0 .. count - 1 in the order the search list keeps them.
+    std::vector<std::uint32_t> sorted_ordinals(PointPool& pool, std::uint32_t count);
+    void clear();
+
+private:
+    struct Cluster {
+        float min, max, rep;
+        bool complete;
+        std::vector<std::uint32_t> members;  // records with a value of this cluster on the axis
+    };
+    // Open-addressing map from the bits of a small value to its cluster:
+    // repeated values skip the ordered map.
+    class ValueMap {
+    public:
+        bool find(std::uint32_t bits, std::uint32_t& cluster) const;
+        void put(std::uint32_t bits, std::uint32_t cluster);
+        void clear();
+
+    private:
+        std::vector<std::uint64_t> m_slots;  // bits << 32 | cluster + 1; 0 empty
+        std::size_t m_used = 0;
+    };
+    struct Axis {
+        std::map<float, std::uint32_t> values;  // small values (-0 as 0) -> cluster (maybe merged away)
+        ValueMap exact;
+        std::vector<Cluster> clusters;
+        std::vector<std::uint32_t> parent;  // merged clusters point at the one they went into
+        std::uint32_t root(std::uint32_t id);
+        std::uint32_t root(std::uint32_t id) const;
+    };
+    // A component as the index sees it: key (bits of a member value; the
+    // value itself where it is not small), cluster or -1, complete or not.
+    struct Comp {
+        std::uint32_t key;
+        std::int32_t cluster;
+        bool complete;
+    };
+    struct BlockKey {
+        std::uint32_t depth;  // axis of the incomplete component
+        std::uint32_t c[3];   // component keys of axes 0 .. depth
+        bool operator==(const BlockKey& o) const {
+            return depth == o.depth && c[0] == o.c[0] && c[1] == o.c[1] && c[2] == o.c[2];
+        }
+    };
+    struct BlockHash {
+        std::size_t operator()(const BlockKey& k) const;
+    };
+    struct Slot {
+        std::uint32_t ordinalPlusOne;  // 0: empty
+        std::uint32_t tag;
+    };
+
+    bool classify(int axis, float v, Comp& comp, PointPool& pool);
+    Comp comp_of(int axis, float v);
+    BlockKey block_of(const Comp comps[3]) const;
+    void restructure(int axis, const std::vector<std::int32_t>& old, std::int32_t into, PointPool& pool);
+    void add_member(std::uint32_t ordinal, const Comp comps[3]);
+    bool same_comps(const TMTPoint& p, const Comp comps[3]);
+    void grow(std::uint32_t ordinal);
+
+    Axis m_axes[3];
+    std::unordered_map<BlockKey, std::vector<std::uint32_t>, BlockHash> m_blocks;
+    std::vector<Slot> m_slots;  // indexed by the top bits of the tag
+    int m_shift = 32;
+    std::vector<bool> m_inHash;  // per ordinal: found through the hash
+    std::uint32_t m_used = 0;
+
+    // Where the last Missing find wants the new record.
+    Comp m_comps[3];
+    bool m_toHash = false;
+    std::uint64_t m_hash = 0;
+    std::size_t m_slot = 0;
+    BlockKey m_block{};
+    std::size_t m_position = 0;
+};
+
+}  // namespace zor

@@ -82,8 +82,8 @@ bool next_physical_line(std::FILE* stream, char* buffer, std::string_view* raw) 
             newline != nullptr ? static_cast<std::size_t>(static_cast<const char*>(newline) - begin) + 1 : window;
         stream->_IO_read_ptr = begin + length;
         const void* nul = std::memchr(begin, '\0', length);
-        *raw = std::string_view(begin, nul != nullptr ? static_cast<std::size_t>(static_cast<const char*>(nul) - begin)
-                                                      : length);
+        *raw = std::string_view(
+            begin, nul != nullptr ? static_cast<std::size_t>(static_cast<const char*>(nul) - begin) : length);
         return true;
     }
 #endif

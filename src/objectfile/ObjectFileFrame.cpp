@@ -7,8 +7,8 @@
 #include <cstring>
 #include <string>
 
-#include "objectfile/LineReader.h"
 #include "objectfile/FieldScan.h"
+#include "objectfile/LineReader.h"
 #include "objectfile/MWZORFile.h"
 #include "objectfile/ObjectFileState.h"
 #include "platform/crtpath.h"
@@ -167,8 +167,7 @@ bool CMWZORFile::ReadType(unsigned int* type) {
         }
         if (line.find('{') != std::string_view::npos) {
             // The keyword: trailing "{" and white space removed.
-            while (!line.empty() && (line.back() == '{' || zor::is_white_space(line.back())))
-                line.remove_suffix(1);
+            while (!line.empty() && (line.back() == '{' || zor::is_white_space(line.back()))) line.remove_suffix(1);
             if (type != nullptr) *type = record_code(line);
             ++m_depth;
             ++m_recordDepth;

@@ -1,7 +1,9 @@
 #include "objectfile/FieldScan.h"
 
+#include <langinfo.h>
+
 #include <charconv>
-#include <clocale>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -37,7 +39,8 @@ bool plain_decimal(std::string_view token) {
 }  // namespace
 
 bool decimal_point_is_dot() {
-    const char* point = std::localeconv()->decimal_point;
+    // The item localeconv()->decimal_point reads, without filling its struct.
+    const char* point = nl_langinfo(RADIXCHAR);
     return point[0] == '.' && point[1] == '\0';
 }
 
@@ -104,24 +107,76 @@ bool ScanDoubleToken(std::string_view token, double* value, bool dotLocale) {
 
 namespace {
 
+bool digit(char c) { return c >= '0' && c <= '9'; }
+
+// The separator set as a bit per byte value, and whether it is free of the
+// characters of a decimal number: then from_chars, which stops at the first
+// character that cannot continue a number, finds a token's end itself.
+class SeparatorSet {
+public:
+    explicit SeparatorSet(const char* separators) {
+        if (separators == nullptr) return;
+        for (const char* c = separators; *c != '\0'; ++c) {
+            const auto b = static_cast<unsigned char>(*c);
+            m_bits[b >> 6] |= std::uint64_t{1} << (b & 63);
+            if (digit(*c) || *c == '.' || *c == '+' || *c == '-' || *c == 'e' || *c == 'E') m_numberFree = false;
+        }
+    }
+    bool contains(char c) const {
+        const auto b = static_cast<unsigned char>(c);
+        return ((m_bits[b >> 6] >> (b & 63)) & 1) != 0;
+    }
+    bool number_free() const { return m_numberFree; }
+
+private:
+    std::uint64_t m_bits[4] = {0, 0, 0, 0};
+    bool m_numberFree = true;
+};
+
 // Splits text like strtok on separators (runs of separators count as one,
 // empty tokens do not exist) and scans the first n tokens in place.
 template <class T, class Scan>
 bool scan_list(std::string_view text, int n, T* dest, const char* separators, Scan scan) {
-    const std::string_view set(separators != nullptr ? separators : "");
-    // Sets are one to three characters: a plain loop beats memchr per byte.
-    const auto separator = [&set](char c) {
-        for (char s : set)
-            if (c == s) return true;
-        return false;
-    };
-    std::size_t pos = 0;
+    const SeparatorSet set(separators);
+    const char* p = text.data();
+    const char* const end = p + text.size();
     for (int i = 0; i < n; ++i) {
-        while (pos < text.size() && separator(text[pos])) ++pos;
-        if (pos == text.size()) return false;
-        const std::size_t start = pos;
-        while (pos < text.size() && !separator(text[pos])) ++pos;
-        scan(text.substr(start, pos - start), &dest[i]);
+        while (p != end && set.contains(*p)) ++p;
+        if (p == end) return false;
+        const char* start = p;
+        while (p != end && !set.contains(*p)) ++p;
+        scan(std::string_view(start, static_cast<std::size_t>(p - start)), &dest[i]);
+    }
+    return true;
+}
+
+// scan_list, with the common token found and converted in one pass by the
+// from_chars call that the sscanf-equivalent scanners above would make for
+// it. The common token: from_chars (into Wide) takes all of it and its last
+// character is a digit or a point. It is then [-]digits[.digits][e[+-]digits]
+// (for a double never inf, nan, hex or white space): a plain number without a
+// leading "+", which those scanners convert with from_chars too. Any other
+// token takes slow.
+template <class Wide, class T, class Slow>
+bool scan_list_fused(std::string_view text, int n, T* dest, const char* separators, Slow slow) {
+    const SeparatorSet set(separators);
+    if (!set.number_free()) return scan_list(text, n, dest, separators, slow);
+    const char* p = text.data();
+    const char* const end = p + text.size();
+    for (int i = 0; i < n; ++i) {
+        while (p != end && set.contains(*p)) ++p;
+        if (p == end) return false;
+        Wide parsed{};
+        const auto result = std::from_chars(p, end, parsed);
+        if (result.ec == std::errc() && (result.ptr == end || set.contains(*result.ptr)) &&
+            (digit(result.ptr[-1]) || result.ptr[-1] == '.')) {
+            dest[i] = static_cast<T>(parsed);  // "%d" stores strtol's long as an int
+            p = result.ptr;
+            continue;
+        }
+        const char* start = p;
+        while (p != end && !set.contains(*p)) ++p;
+        slow(std::string_view(start, static_cast<std::size_t>(p - start)), &dest[i]);
     }
     return true;
 }
@@ -129,7 +184,7 @@ bool scan_list(std::string_view text, int n, T* dest, const char* separators, Sc
 }  // namespace
 
 bool ScanInts(std::string_view text, int n, int* dest, const char* separators) {
-    return scan_list(text, n, dest, separators, ScanIntToken);
+    return scan_list_fused<long>(text, n, dest, separators, ScanIntToken);
 }
 
 bool ScanFloats(std::string_view text, int n, float* dest, const char* separators) {
@@ -138,8 +193,11 @@ bool ScanFloats(std::string_view text, int n, float* dest, const char* separator
 
 bool ScanDoubles(std::string_view text, int n, double* dest, const char* separators) {
     const bool dotLocale = decimal_point_is_dot();
-    return scan_list(text, n, dest, separators,
-                     [dotLocale](std::string_view token, double* value) { ScanDoubleToken(token, value, dotLocale); });
+    const auto slow = [dotLocale](std::string_view token, double* value) { ScanDoubleToken(token, value, dotLocale); };
+    // from_chars ignores the locale: with another decimal point every token
+    // is read as sscanf reads it (strtod).
+    if (!dotLocale) return scan_list(text, n, dest, separators, slow);
+    return scan_list_fused<double>(text, n, dest, separators, slow);
 }
 
 }  // namespace zor

@@ -57,32 +57,66 @@ void DescrambleLine(std::string& line, ObjectFileState& state) {
     line.resize(length - 10);
 }
 
-std::string_view trim_white_space(std::string_view text) {
-    constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
-    const std::size_t first = text.find_first_not_of(kWhiteSpace);
-    if (first == std::string_view::npos) return std::string_view();
-    return text.substr(first, text.find_last_not_of(kWhiteSpace) - first + 1);
+namespace {
+
+// The next physical line as fgets(buffer, 512, stream) reads it: at most 511
+// characters, through the first "\n". False at the end of the file (nothing
+// read). The view holds the line up to its first NUL byte, as the C string
+// that fgets leaves does, "\n" included.
+//
+// With glibc the line is found with memchr in the stream's own buffer and the
+// read position moved past it, exactly as getc_unlocked moves it (the same two
+// FILE fields and nothing else): the stream stays the one source of the file
+// position, so ftell, fseek and a host swapping m_stream for another stream
+// all behave as with fgets. A line that runs past the end of the buffered
+// bytes (or any other libc) goes through fgets itself.
+bool next_physical_line(std::FILE* stream, char* buffer, std::string_view* raw) {
+    constexpr std::size_t kMaxCharacters = ObjectFileState::kLineBufferSize - 1;
+#if defined(__GLIBC__)
+    char* begin = stream->_IO_read_ptr;
+    const std::size_t available = static_cast<std::size_t>(stream->_IO_read_end - begin);
+    const std::size_t window = available < kMaxCharacters ? available : kMaxCharacters;
+    const void* newline = window > 0 ? std::memchr(begin, '\n', window) : nullptr;
+    if (newline != nullptr || available >= kMaxCharacters) {
+        const std::size_t length =
+            newline != nullptr ? static_cast<std::size_t>(static_cast<const char*>(newline) - begin) + 1 : window;
+        stream->_IO_read_ptr = begin + length;
+        const void* nul = std::memchr(begin, '\0', length);
+        *raw = std::string_view(
+            begin, nul != nullptr ? static_cast<std::size_t>(static_cast<const char*>(nul) - begin) : length);
+        return true;
+    }
+#endif
+    if (fgets_unlocked(buffer, ObjectFileState::kLineBufferSize, stream) == nullptr) return false;
+    *raw = std::string_view(buffer);
+    return true;
 }
+
+}  // namespace
 
 bool read_object_line(std::FILE*& stream, std::string_view& line) {
     line = std::string_view();
     if (stream == nullptr) return false;
     ObjectFileState& state = object_file_state();
-    std::string& text = state.lineText;
     for (;;) {
         // 511 characters at most: a longer physical line arrives as several
         // lines. Intended; nothing in a valid file is that long.
-        // The stream belongs to one reader on one thread: no locking per line.
-        if (fgets_unlocked(state.lineBuffer, ObjectFileState::kLineBufferSize, stream) == nullptr) {
+        std::string_view raw;
+        if (!next_physical_line(stream, state.lineBuffer, &raw)) {
             std::fclose(stream);
             stream = nullptr;
             return false;
         }
-        // Up to the first NUL, as the buffer is a C string.
-        text.assign(state.lineBuffer);
-        if (!text.empty() && text.back() == '\n') text.pop_back();
-        DescrambleLine(text, state);
-        line = trim_white_space(text);
+        if (!raw.empty() && raw.back() == '\n') raw.remove_suffix(1);
+        if (state.firstLinePending || !state.fileIsPlain) {
+            // Descrambling works on a copy; a plain file's line is used where
+            // it lies (valid until the next line is read).
+            std::string& text = state.lineText;
+            text.assign(raw);
+            DescrambleLine(text, state);
+            raw = text;
+        }
+        line = trim_white_space(raw);
         if (!line.empty()) return true;
     }
 }

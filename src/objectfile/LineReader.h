@@ -29,6 +29,12 @@ bool read_object_line(std::FILE*& stream, CString& line);
 bool read_object_line(std::FILE*& stream, std::string_view& line);
 
 // White space of the reader's trimming: " \t\n\v\f\r", as CString trims.
-std::string_view trim_white_space(std::string_view text);
+inline bool is_white_space(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+inline std::string_view trim_white_space(std::string_view text) {
+    std::size_t first = 0, last = text.size();
+    while (first < last && is_white_space(text[first])) ++first;
+    while (last > first && is_white_space(text[last - 1])) --last;
+    return text.substr(first, last - first);
+}
 
 }  // namespace zor

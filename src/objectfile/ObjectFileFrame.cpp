@@ -7,8 +7,8 @@
 #include <cstring>
 #include <string>
 
-#include "objectfile/LineReader.h"
 #include "objectfile/FieldScan.h"
+#include "objectfile/LineReader.h"
 #include "objectfile/MWZORFile.h"
 #include "objectfile/ObjectFileState.h"
 #include "platform/crtpath.h"
@@ -46,7 +46,7 @@ constexpr RecordKeyword kRecordKeywords[] = {
     {"C3dPairCompArray", ZOR_RECORD_CONTAINER},
 };
 
-unsigned int record_code(const CString& keyword) {
+unsigned int record_code(std::string_view keyword) {
     for (const RecordKeyword& entry : kRecordKeywords)
         if (keyword == entry.keyword) return entry.code;
     return ZOR_RECORD_UNKNOWN;
@@ -81,12 +81,15 @@ namespace {
 // TrimLeft() and TrimRight(), TrimRight('>'), TrimRight() would. False when
 // the brackets are missing.
 bool field_value(std::string_view line, std::string_view* value) {
-    const std::size_t close = line.rfind('>');
-    if (close == std::string_view::npos) return false;
-    std::string_view inner = line.substr(0, close + 1);
-    const std::size_t open = inner.rfind('<');
-    if (open == std::string_view::npos) return false;
-    inner = zor::trim_white_space(inner.substr(open));  // starts with "<", ends with ">"
+    const char* text = line.data();
+    // A trimmed field line mostly ends in its ">".
+    const void* close = !line.empty() && line.back() == '>' ? &text[line.size() - 1] : memrchr(text, '>', line.size());
+    if (close == nullptr) return false;
+    const auto closeAt = static_cast<std::size_t>(static_cast<const char*>(close) - text);
+    const void* open = memrchr(text, '<', closeAt);
+    if (open == nullptr) return false;
+    const auto openAt = static_cast<std::size_t>(static_cast<const char*>(open) - text);
+    std::string_view inner = line.substr(openAt, closeAt + 1 - openAt);  // starts with "<", ends with ">"
     while (!inner.empty() && inner.front() == '<') inner.remove_prefix(1);
     inner = zor::trim_white_space(inner);
     while (!inner.empty() && inner.back() == '>') inner.remove_suffix(1);
@@ -156,14 +159,15 @@ bool CMWZORFile::SkipToRecordDepth() {
 
 bool CMWZORFile::ReadType(unsigned int* type) {
     if (type != nullptr) *type = ZOR_RECORD_UNKNOWN;
-    CString line;
-    while (ReadLine(line)) {
-        if (line.Find('}') >= 0) {
+    std::string_view line;
+    while (zor::read_object_line(m_stream, line)) {
+        if (line.find('}') != std::string_view::npos) {
             if (m_depth > 0) --m_depth;
             if (m_recordDepth > 0) --m_recordDepth;
         }
-        if (line.Find('{') >= 0) {
-            line.TrimRight("{ \t\n\v\f\r");
+        if (line.find('{') != std::string_view::npos) {
+            // The keyword: trailing "{" and white space removed.
+            while (!line.empty() && (line.back() == '{' || zor::is_white_space(line.back()))) line.remove_suffix(1);
             if (type != nullptr) *type = record_code(line);
             ++m_depth;
             ++m_recordDepth;

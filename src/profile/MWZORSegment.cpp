@@ -1,6 +1,9 @@
 // Segments, the segment list and its text form.
 #include "profile/MWZORSegment.h"
 
+#include <string>
+
+#include "profile/FixedText.h"
 #include "profile/TextFormat.h"
 
 IMPLEMENT_DYNAMIC(CMWZORSegment, CObject)
@@ -20,27 +23,54 @@ bool CMWZORSegment::GetLine(double*, double*) { return true; }
 bool CMWZORSegment::GetArc(double*, double*, double*, double*, m_IOenumType*) { return true; }
 bool CMWZORSegment::GetArcStep(double*, double*) { return true; }
 
+namespace {
+
+void append_numbers(std::string& out, const CMWZORPoint& p, bool direct) {
+    zor::append_fixed6(out, p.x, direct);
+    out += ' ';
+    zor::append_fixed6(out, p.y, direct);
+    out += ' ';
+    zor::append_fixed6(out, p.z, direct);
+}
+
+// Appends the segment's text line: "LINE < %lf %lf %lf >\n", or for an arc
+// "CLW < " / "CCLW < " and nine "%lf" numbers (centre, axis, end) separated
+// by blanks, then ">\n". Nothing for another type or a missing point.
+void append_segment_text(std::string& out, const CMWZORSegment& segment, bool direct) {
+    const CMWZORPointArray& points = segment.m_points;
+    if (segment.m_type == IO_LINE) {
+        if (points.GetSize() < 1 || points[0] == nullptr) return;
+        out += "LINE < ";
+        append_numbers(out, *points[0], direct);
+        out += " >\n";
+    } else if (segment.m_type == IO_CLW || segment.m_type == IO_CCLW) {
+        if (points.GetSize() < 3) return;
+        const CMWZORPoint* c = points[0];
+        const CMWZORPoint* a = points[1];
+        const CMWZORPoint* e = points[2];
+        if (c == nullptr || a == nullptr || e == nullptr) return;
+        out += segment.m_type == IO_CLW ? "CLW < " : "CCLW < ";
+        append_numbers(out, *c, direct);
+        out += ' ';
+        append_numbers(out, *a, direct);
+        out += ' ';
+        append_numbers(out, *e, direct);
+        // No blank before ">" in the arc lines: the files in use look so.
+        out += ">\n";
+    }
+}
+
+void write_text(std::FILE* stream, const std::string& text) {
+    if (!text.empty()) std::fwrite(text.data(), 1, text.size(), stream);
+}
+
+}  // namespace
+
 void CMWZORSegment::WriteText(std::FILE* stream) const {
     if (stream == nullptr) return;
     std::string line;
-    if (m_type == IO_LINE) {
-        if (m_points.GetSize() < 1 || m_points[0] == nullptr) return;
-        const CMWZORPoint& p = *m_points[0];
-        line = zor::format_text("LINE < %lf %lf %lf >\n", p.x, p.y, p.z);
-    } else if (m_type == IO_CLW || m_type == IO_CCLW) {
-        if (m_points.GetSize() < 3) return;
-        const CMWZORPoint* c = m_points[0];
-        const CMWZORPoint* a = m_points[1];
-        const CMWZORPoint* e = m_points[2];
-        if (c == nullptr || a == nullptr || e == nullptr) return;
-        // No blank before ">" in the arc lines: the files in use look so.
-        const char* pattern = m_type == IO_CLW ? "CLW < %lf %lf %lf %lf %lf %lf %lf %lf %lf>\n"
-                                               : "CCLW < %lf %lf %lf %lf %lf %lf %lf %lf %lf>\n";
-        line = zor::format_text(pattern, c->x, c->y, c->z, a->x, a->y, a->z, e->x, e->y, e->z);
-    } else {
-        return;
-    }
-    std::fputs(line.c_str(), stream);
+    append_segment_text(line, *this, zor::fixed6_direct());
+    write_text(stream, line);
 }
 
 CMWZORSegmentArray::CMWZORSegmentArray() : m_version(1), m_tolerance(0.005), m_unit(1), m_scale(1.0), m_cursor(0) {}
@@ -125,11 +155,22 @@ void CMWZORSegmentArray::AddArc(double cx, double cy, double cz, double ex, doub
 
 void CMWZORSegmentArray::WriteBody(std::FILE* stream) const {
     if (stream == nullptr) return;
-    std::fputs(zor::format_text("Unit < %d >\n", m_unit).c_str(), stream);
-    std::fputs(zor::format_text("Toler < %lf >\n", m_tolerance).c_str(), stream);
+    const bool direct = zor::fixed6_direct();
+    std::string text = zor::format_text("Unit < %d >\n", m_unit);
+    text += "Toler < ";
+    zor::append_fixed6(text, m_tolerance, direct);
+    text += " >\n";
+    // Written in pieces of about 64 KiB: one write per piece.
+    constexpr std::size_t kPiece = 1 << 16;
+    text.reserve(kPiece + 1024);
     for (long long i = 0; i < m_segments.GetSize(); ++i) {
-        if (m_segments[i] != nullptr) m_segments[i]->WriteText(stream);
+        if (m_segments[i] != nullptr) append_segment_text(text, *m_segments[i], direct);
+        if (text.size() >= kPiece) {
+            write_text(stream, text);
+            text.clear();
+        }
     }
+    write_text(stream, text);
 }
 
 void CMWZORSegmentArray::SetUnitConversion(int wanted, int fileUnit) {

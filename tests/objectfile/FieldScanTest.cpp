@@ -2,6 +2,7 @@
 // replaces: same values, bit for bit, and the same "left unchanged" cases.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <random>
@@ -84,6 +85,34 @@ TEST(FieldScanTest, ListsSplitAsStrtokDoes) {
         const int length = static_cast<int>(rng() % 30);
         for (int k = 0; k < length; ++k) text += alphabet[rng() % alphabet.size()];
         for (const char* separators : {" ", ",", "/,"}) {
+            SCOPED_TRACE("\"" + text + "\" on \"" + separators + "\"");
+            double fast[3] = {1, 2, 3}, plain[3] = {1, 2, 3};
+            EXPECT_EQ(zor::ScanDoubles(text, 3, fast, separators), plain_scan(text, 3, plain, separators, "%lf"));
+            EXPECT_EQ(std::memcmp(fast, plain, sizeof fast), 0);
+            int fastInts[3] = {1, 2, 3}, plainInts[3] = {1, 2, 3};
+            EXPECT_EQ(zor::ScanInts(text, 3, fastInts, separators), plain_scan(text, 3, plainInts, separators, "%d"));
+            EXPECT_EQ(std::memcmp(fastInts, plainInts, sizeof fastInts), 0);
+        }
+    }
+}
+
+// The numbers files carry (every printf form of random doubles and ints, with
+// blanks around the separators at times): the fast one-pass conversion must
+// give sscanf's values bit for bit.
+TEST(FieldScanTest, WrittenNumbersScanAsSscanfDoes) {
+    std::mt19937_64 rng(31);
+    std::uniform_real_distribution<double> coordinate(-1e4, 1e4);
+    const char* formats[] = {"%.17g", "%.6f", "%g", "%e", "%.3E", "%.0f", "%.20f", "%a"};
+    for (int trial = 0; trial < 20000; ++trial) {
+        double v = coordinate(rng);
+        if (trial % 4 == 1) v = std::ldexp(v, static_cast<int>(rng() % 2000) - 1000);  // huge, tiny, denormal
+        char number[400];
+        std::snprintf(number, sizeof number, formats[rng() % 8], v);
+        const long long integer = static_cast<long long>(rng() % 2000000) - 1000000;
+        const std::string token = trial % 8 == 7 ? std::to_string(integer * 100000) : number;
+        for (const char* separators : {" ", ",", "/,"}) {
+            const std::string separator = separators[0] == ' ' ? " " : (trial % 3 == 0 ? ", " : ",");
+            const std::string text = token + separator + token + separator + std::to_string(integer);
             SCOPED_TRACE("\"" + text + "\" on \"" + separators + "\"");
             double fast[3] = {1, 2, 3}, plain[3] = {1, 2, 3};
             EXPECT_EQ(zor::ScanDoubles(text, 3, fast, separators), plain_scan(text, 3, plain, separators, "%lf"));

@@ -78,8 +78,8 @@ TEST(BadInputTest, FieldWithoutBracketsFailsTheRecordAndKeepsEarlierValues) {
 TEST(BadInputTest, GarbageCorruptHeadersAndRandomBytesNeverCrash) {
     const std::pair<std::string, const char*> cases[] = {
         {scene() + "\x01\x02garbage {{{ }}} < > <<\n", "1 11 0 0 "},  // the garbage holds "{": one more record
-        {"// Version: 1e30\n" + scene().substr(17), "1!"},  // version 0: the cube's layout does not fit
-        {std::string("\xff\xfe\x00\x01", 4) + scene(), ""},  // not plain: read as scrambled
+        {"// Version: 1e30\n" + scene().substr(17), "1!"},            // version 0: the cube's layout does not fit
+        {std::string("\xff\xfe\x00\x01", 4) + scene(), ""},           // not plain: read as scrambled
         {scene() + std::string(100000, 'x') + "\n", "1 11 0 "}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.second);

@@ -26,8 +26,8 @@ struct Section {
         auto text = [](void* p) { return p != nullptr ? std::string(static_cast<const char*>(p)) : "(null)"; };
         std::string out;
         for (unsigned int i = 0; i < count; ++i)
-            out += (i > 0 ? " " : "") + text(first[i]) + "-" + text(second[i]) + ":" + std::to_string(codes[i]) +
-                   "/" + zortest::format_number(values[i]);
+            out += (i > 0 ? " " : "") + text(first[i]) + "-" + text(second[i]) + ":" + std::to_string(codes[i]) + "/" +
+                   zortest::format_number(values[i]);
         return out;
     }
 };
@@ -43,12 +43,20 @@ struct NewForm : OpenedFile {
         }
     }
     static std::string write(int count, const std::vector<std::string>& lines, double value) {
-        return ObjectFileWriter(115).sphere(1, "s0").sphere(1, "s1").sphere(1, "s2").collisionNew(value, count, lines).plain();
+        return ObjectFileWriter(115)
+            .sphere(1, "s0")
+            .sphere(1, "s1")
+            .sphere(1, "s2")
+            .collisionNew(value, count, lines)
+            .plain();
     }
 };
 
 TEST(CollisionSectionTest, OldFormReadsSixLinesAPair) {
-    OpenedFile f(ObjectFileWriter(112).collisionOld({{"Spindle head", "Table", 3, 0.5}, {"Tool", "Vice", 4, 1.25}}).line("after").plain());
+    OpenedFile f(ObjectFileWriter(112)
+                     .collisionOld({{"Spindle head", "Table", 3, 0.5}, {"Tool", "Vice", 4, 1.25}})
+                     .line("after")
+                     .plain());
     {
         Section s(*f.file);
         ASSERT_TRUE(s.ok);

@@ -2,6 +2,9 @@
 // set of outputs and exposes the reader's internal steps to the tests.
 #pragma once
 
+#include <algorithm>
+#include <cstdio>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -38,9 +41,7 @@ struct Outputs {
     double (*vertices)[4] = nullptr;
     double (*corners)[4] = nullptr;
 
-    Outputs() {
-        for (unsigned int& x : u) x = 99;
-    }
+    Outputs() { std::fill(std::begin(u), std::end(u), 99u); }
     Outputs(const Outputs&) = delete;
     ~Outputs() {
         for (long long i = 0; i < segments.GetSize(); ++i) delete segments[i];
@@ -59,55 +60,55 @@ inline bool read_record(CMWZORFile& f, unsigned int type, Outputs& o) {
                          &o.attachKey, &o.attachIndex);
     };
     auto part = [&](auto read) {
-        return (f.*read)(o.vector, &o.texts[0], &o.texts[1], &o.texts[2], o.matrix, &o.list1, &o.list2, o.quad,
-                         &o.name, &o.tailText, &o.attachName, &o.attachKey, &o.attachIndex);
+        return (f.*read)(o.vector, &o.texts[0], &o.texts[1], &o.texts[2], o.matrix, &o.list1, &o.list2, o.quad, &o.name,
+                         &o.tailText, &o.attachName, &o.attachKey, &o.attachIndex);
     };
     auto profile = [&](auto read) {
         return (f.*read)(o.vector, &o.count, &o.segments, &o.texts[0], &o.texts[1], &o.texts[2], o.matrix, &o.list1,
-                         &o.list2, o.quad, o.direction, &o.value, &o.name, &o.tailText, &o.attachName,
-                         &o.attachKey, &o.attachIndex);
+                         &o.list2, o.quad, o.direction, &o.value, &o.name, &o.tailText, &o.attachName, &o.attachKey,
+                         &o.attachIndex);
     };
     unsigned int* u = o.u;
     double* p = o.p;
-    switch (type) {
-        case ZOR_RECORD_CUBE: return solid(&CMWZORFile::ReadCube, &o.d[0], &o.d[1], &o.d[2]);
-        case ZOR_RECORD_CYLINDER: return solid(&CMWZORFile::ReadCylinder, &o.d[0], &o.d[1], &o.d[2]);
-        case ZOR_RECORD_CONE: return solid(&CMWZORFile::ReadCone, &o.d[0], &o.d[1]);
-        case ZOR_RECORD_TORUS: return solid(&CMWZORFile::ReadTorus, &o.d[0], &o.d[1]);
-        case ZOR_RECORD_SPHERE: return solid(&CMWZORFile::ReadSphere, &o.d[0]);
-        case ZOR_RECORD_PART: return part(&CMWZORFile::ReadPart);
-        case ZOR_RECORD_TOOL: return part(&CMWZORFile::ReadTool);
-        case ZOR_RECORD_EXTRUSION: return profile(&CMWZORFile::ReadExtrusion);
-        case ZOR_RECORD_REVOLUTION: return profile(&CMWZORFile::ReadRevolution);
-        case ZOR_RECORD_MESH:
-            return f.ReadMesh(o.vector, &o.vertexCount, &o.vertices, &o.texts[0], &o.texts[1], &o.texts[2], &o.count,
-                              &o.corners, o.matrix, &o.list1, &o.list2, o.quad, &o.name, &o.tailText, &o.attachName,
-                              &o.attachKey, &o.attachIndex);
-        case ZOR_RECORD_FILE:
-            return f.ReadObjectFile(&o.first, &o.reference, &o.texts[0], o.vector, &o.texts[1], &o.texts[2],
-                                    &o.texts[3], o.matrix, &o.list1, &o.list2, o.quad, &o.name, &o.tailText,
-                                    &o.attachName, &o.attachKey, &o.attachIndex, &o.flag);
-        case ZOR_RECORD_ENGINE:
-            return f.ReadEngin(&o.name, &u[1], o.axis, &u[4], o.withP5 ? &u[5] : nullptr, &p[6], &p[7], &p[8], &p[9],
-                               &u[10], &p[11], &p[12], &u[13], &u[14], &p[15], &p[16], &u[17], &u[18], &p[19], o.p20,
-                               &u[21], &u[22], &u[23], &o.attachKey, &u[25]);
-        case ZOR_RECORD_CONTAINER: return true;
-        default: return f.ReadDummy();
-    }
+    if (type == ZOR_RECORD_CUBE) return solid(&CMWZORFile::ReadCube, &o.d[0], &o.d[1], &o.d[2]);
+    if (type == ZOR_RECORD_CYLINDER) return solid(&CMWZORFile::ReadCylinder, &o.d[0], &o.d[1], &o.d[2]);
+    if (type == ZOR_RECORD_CONE) return solid(&CMWZORFile::ReadCone, &o.d[0], &o.d[1]);
+    if (type == ZOR_RECORD_TORUS) return solid(&CMWZORFile::ReadTorus, &o.d[0], &o.d[1]);
+    if (type == ZOR_RECORD_SPHERE) return solid(&CMWZORFile::ReadSphere, &o.d[0]);
+    if (type == ZOR_RECORD_PART) return part(&CMWZORFile::ReadPart);
+    if (type == ZOR_RECORD_TOOL) return part(&CMWZORFile::ReadTool);
+    if (type == ZOR_RECORD_EXTRUSION) return profile(&CMWZORFile::ReadExtrusion);
+    if (type == ZOR_RECORD_REVOLUTION) return profile(&CMWZORFile::ReadRevolution);
+    if (type == ZOR_RECORD_CONTAINER) return true;
+    if (type == ZOR_RECORD_MESH)
+        return f.ReadMesh(o.vector, &o.vertexCount, &o.vertices, &o.texts[0], &o.texts[1], &o.texts[2], &o.count,
+                          &o.corners, o.matrix, &o.list1, &o.list2, o.quad, &o.name, &o.tailText, &o.attachName,
+                          &o.attachKey, &o.attachIndex);
+    if (type == ZOR_RECORD_FILE)
+        return f.ReadObjectFile(&o.first, &o.reference, &o.texts[0], o.vector, &o.texts[1], &o.texts[2], &o.texts[3],
+                                o.matrix, &o.list1, &o.list2, o.quad, &o.name, &o.tailText, &o.attachName, &o.attachKey,
+                                &o.attachIndex, &o.flag);
+    if (type == ZOR_RECORD_ENGINE)
+        return f.ReadEngin(&o.name, &u[1], o.axis, &u[4], o.withP5 ? &u[5] : nullptr, &p[6], &p[7], &p[8], &p[9],
+                           &u[10], &p[11], &p[12], &u[13], &u[14], &p[15], &p[16], &u[17], &u[18], &p[19], o.p20,
+                           &u[21], &u[22], &u[23], &o.attachKey, &u[25]);
+    return f.ReadDummy();
 }
 
-// Writes bytes into a fresh folder and opens them as an object file.
+// Writes bytes into a file of its own and opens them as an object file.
 struct OpenedFile {
-    TempDir dir;
     std::string path;
     std::unique_ptr<TestFile> file;
     unsigned int type = 0;
 
     explicit OpenedFile(const std::string& bytes, unsigned int units = 1, int matrixConvention = 1) {
+        static const TempDir dir;  // one folder: truncation sweeps open thousands of files
+        static int serial = 0;
         zor::reset_object_file_state();
-        path = dir.write("test.obj", bytes);
+        path = dir.write(std::to_string(++serial) + ".obj", bytes);
         file = std::make_unique<TestFile>(path.c_str(), 0, units, matrixConvention);
     }
+    ~OpenedFile() { std::remove(path.c_str()); }
     TestFile* operator->() { return file.get(); }
     // Reads the next record into o; false if there is none or it fails.
     bool next(Outputs& o) { return file->ReadType(&type) && read_record(*file, type, o); }

@@ -104,8 +104,8 @@ TEST(ObjectTailTest, ObjectNamesAreRecordedFrom113AndCappedAt300) {
 }
 
 TEST(ObjectTailTest, AttachmentNoneBecomesEmptyAndEmptyBecomesTheName) {
-    for (const auto& c : {std::pair<const char*, const char*>{"None", ""}, {"", "ball"}, {"Table", "Table"},
-                          {"none", "none"}}) {
+    for (const auto& c :
+         {std::pair<const char*, const char*>{"None", ""}, {"", "ball"}, {"Table", "Table"}, {"none", "none"}}) {
         SCOPED_TRACE(c.first);
         Tail t;
         t.attachName = c.first;
@@ -146,12 +146,16 @@ TEST(ObjectTailTest, ARecordWithoutClosingBraceLeavesTheLineForReadType) {
 TEST(MakeFullPathNameTest, JoinsWithABackslashUnlessTheNameStandsAlone) {
     const struct {
         const char *folder, *name, *result;
-    } cases[] = {
-        {"C:\\models", "part.obj", "C:\\models\\part.obj"}, {"C:\\models\\", "part.obj", "C:\\models\\part.obj"},
-        {"/data/", "part.obj", "/data/part.obj"},          {"/data", "part.obj", "/data\\part.obj"},
-        {"/data", "./part.obj", "./part.obj"},             {"/data", "\\abs.obj", "\\abs.obj"},
-        {"/data", "/abs.obj", "/abs.obj"},                 {"", "part.obj", "part.obj"},
-        {nullptr, "part.obj", "part.obj"},                 {"/data", nullptr, "old"}};
+    } cases[] = {{"C:\\models", "part.obj", "C:\\models\\part.obj"},
+                 {"C:\\models\\", "part.obj", "C:\\models\\part.obj"},
+                 {"/data/", "part.obj", "/data/part.obj"},
+                 {"/data", "part.obj", "/data\\part.obj"},
+                 {"/data", "./part.obj", "./part.obj"},
+                 {"/data", "\\abs.obj", "\\abs.obj"},
+                 {"/data", "/abs.obj", "/abs.obj"},
+                 {"", "part.obj", "part.obj"},
+                 {nullptr, "part.obj", "part.obj"},
+                 {"/data", nullptr, "old"}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.result);
         CString result("old");

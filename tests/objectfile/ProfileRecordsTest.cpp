@@ -136,8 +136,9 @@ TEST(ProfileRecordsTest, UnitConversionScalesEverySegmentPointButNotDirectionOrL
     OpenedFile f(ObjectFileWriter(113).extrusion({0, 0, 1}, 2, o, "x", t).plain(), 1);
     Outputs out;
     ASSERT_TRUE(f.next(out));
-    EXPECT_EQ(segments(out), "LINE 0,0,0 | LINE 254,0,0 | CCLW 254,127,0 0,0,25.4 254,254,0 | "
-                             "CLW 127,254,0 0,0,-25.4 0,254,0 | LINE 76.2,0,0 | null");
+    EXPECT_EQ(segments(out),
+              "LINE 0,0,0 | LINE 254,0,0 | CCLW 254,127,0 0,0,25.4 254,254,0 | "
+              "CLW 127,254,0 0,0,-25.4 0,254,0 | LINE 76.2,0,0 | null");
     EXPECT_EQ(out.count, 6u);
     EXPECT_DOUBLE_EQ(out.matrix[3][3], 25.4);
     EXPECT_EQ(out.direction[2], 1);

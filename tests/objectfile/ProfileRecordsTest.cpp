@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <tuple>
 
 #include "ObjectFileTestUtil.h"
 
@@ -10,6 +11,7 @@ using zortest::ObjectFileWriter;
 using zortest::OpenedFile;
 using zortest::Outputs;
 using Outline = ObjectFileWriter::Outline;
+using V = std::vector<double>;
 
 Outline sample_outline(int closed = 0) {
     Outline o;
@@ -39,31 +41,23 @@ std::string segments(const Outputs& o) {
 const char* const kSample = "LINE 0,0,0 | LINE 10,0,0 | CCLW 10,5,0 0,0,1 10,10,0 | CLW 5,10,0 0,0,-1 0,10,0";
 
 TEST(ProfileRecordsTest, ReadsExtrusionsAndRevolutionsAcrossVersions) {
-    const struct {
-        int version;
-        bool revolution;
-        double value;
-        const char* direction;
-    } cases[] = {{105, false, 25, "0 0.5 1 0"}, {113, false, 25, "0 0.5 1 0"}, {114, false, 25, "0 0.5 1 0"},
-                 {115, false, 25, "0 0.5 1 0"}, {105, true, 90, "0 0 1 0"},    {113, true, 90, "0 0 1 0"},
-                 {114, true, -7, "0 0 1 0"},    {115, true, -7, "0 0 1 0"}};  // angles only before 1.14
-    for (const auto& c : cases) {
-        SCOPED_TRACE(std::to_string(c.version) + (c.revolution ? " revolution" : " extrusion"));
-        ObjectFileWriter w(c.version);
-        c.revolution ? w.revolution(90, sample_outline(), "p") : w.extrusion({0, 0.5, 1}, 25, sample_outline(), "p");
-        OpenedFile f(w.sphere(2, "after").plain());
-        Outputs o;
-        ASSERT_TRUE(f.next(o));
-        EXPECT_EQ(f.type, c.revolution ? ZOR_RECORD_REVOLUTION : ZOR_RECORD_EXTRUSION);
-        EXPECT_EQ(segments(o), kSample);
-        EXPECT_EQ(o.count, 4u);
-        EXPECT_EQ(o.value, c.value);
-        std::string direction;
-        for (double d : o.direction) direction += (direction.empty() ? "" : " ") + zortest::format_number(d);
-        EXPECT_EQ(direction, c.direction);
-        EXPECT_STREQ(o.name, "p");
-        ASSERT_TRUE(f->ReadType(&f.type));  // the reader stopped exactly at the record's end
-        EXPECT_EQ(f.type, ZOR_RECORD_SPHERE);
+    for (int version : {105, 113, 114, 115}) {
+        for (bool revolution : {false, true}) {
+            SCOPED_TRACE(std::to_string(version) + (revolution ? " revolution" : " extrusion"));
+            ObjectFileWriter w(version);
+            revolution ? w.revolution(90, sample_outline(), "p") : w.extrusion({0, 0.5, 1}, 25, sample_outline(), "p");
+            OpenedFile f(w.sphere(2, "after").plain());
+            Outputs o;
+            ASSERT_TRUE(f.next(o));
+            EXPECT_EQ(f.type, revolution ? ZOR_RECORD_REVOLUTION : ZOR_RECORD_EXTRUSION);
+            EXPECT_EQ(segments(o), kSample);
+            // A revolution turns about Z, by an angle read only before 1.14.
+            EXPECT_EQ(std::make_tuple(o.count, o.value, std::string(o.name)),
+                      std::make_tuple(4u, revolution ? (version < 114 ? 90 : -7) : 25.0, std::string("p")));
+            EXPECT_EQ(zortest::vec(o.direction, 4), (revolution ? V{0, 0, 1, 0} : V{0, 0.5, 1, 0}));
+            ASSERT_TRUE(f->ReadType(&f.type));  // the reader stopped exactly at the record's end
+            EXPECT_EQ(f.type, ZOR_RECORD_SPHERE);
+        }
     }
 }
 
@@ -81,30 +75,22 @@ TEST(ProfileRecordsTest, KeywordsArePrefixesInAnyCaseAndValuesSinglePrecision) {
 }
 
 TEST(ProfileRecordsTest, ClosedOutlinesReportACountAndAnEmptySlot) {
-    const struct {
-        const char* name;
-        int version, closed;
-        std::vector<double> first, last;
-        unsigned int count;
-        long long slots;
-    } cases[] = {
-        {"open ends, closed flag", 113, 1, {0, 0, 0}, {5, 0, 0}, 4, 4},
-        {"mirrored ends count as equal", 113, 1, {-5, 0, 0}, {5, 0, 0}, 3, 4},
-        {"equal within 0.0001", 113, 1, {1, 2, 3}, {1.00005, -2, 3}, 3, 4},
-        {"not closed", 113, 0, {0, 0, 0}, {5, 0, 0}, 3, 3},
-        {"no closed flag from 1.14", 114, 1, {0, 0, 0}, {5, 0, 0}, 3, 3},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    // Before 1.14 a closed outline whose ends differ (compared on absolute
+    // values, within 0.0001) counts N + 1 segments; the list gets an empty slot.
+    const std::tuple<int, int, V, V, unsigned int, long long> cases[] = {{113, 1, {0, 0, 0}, {5, 0, 0}, 4, 4},
+                                                                         {113, 1, {-5, 0, 0}, {5, 0, 0}, 3, 4},
+                                                                         {113, 1, {1, 2, 3}, {1.00005, -2, 3}, 3, 4},
+                                                                         {113, 0, {0, 0, 0}, {5, 0, 0}, 3, 3},
+                                                                         {114, 1, {0, 0, 0}, {5, 0, 0}, 3, 3}};
+    for (const auto& [version, closed, first, last, count, slots] : cases) {
+        SCOPED_TRACE(std::to_string(version) + " " + std::to_string(closed) + " " + std::to_string(first[0]));
         Outline o;
-        o.closed = c.closed;
-        o.segments = {{"LINE", c.first}, {"CCLW", {1, 1, 0, 2, 2, 0}}, {"LINE", c.last}};
-        OpenedFile f(ObjectFileWriter(c.version).revolution(90, o, "r").plain());
+        o.closed = closed;
+        o.segments = {{"LINE", first}, {"CCLW", {1, 1, 0, 2, 2, 0}}, {"LINE", last}};
         Outputs out;
-        ASSERT_TRUE(f.next(out));
-        EXPECT_EQ(out.count, c.count);
-        ASSERT_EQ(out.segments.GetSize(), c.slots);
-        for (long long i = 0; i < c.slots; ++i) EXPECT_EQ(out.segments[i] == nullptr, i == 3) << i;
+        ASSERT_TRUE(OpenedFile(ObjectFileWriter(version).revolution(90, o, "r").plain()).next(out));
+        EXPECT_EQ(std::make_pair(out.count, out.segments.GetSize()), std::make_pair(count, slots));
+        EXPECT_EQ(segments(out).find("null") != std::string::npos, slots == 4);
 
         // A consumer walking the list stops at the empty slot.
         CMWZORSegmentArray walk;
@@ -146,30 +132,22 @@ TEST(ProfileRecordsTest, UnitConversionScalesEverySegmentPointButNotDirectionOrL
 }
 
 TEST(ProfileRecordsTest, MalformedOutlinesFail) {
-    const struct {
-        const char* name;
-        std::vector<ObjectFileWriter::ProfileSegment> segments;
-        std::optional<int> count;
-        long long keptSegments;
-    } cases[] = {
-        {"unknown keyword after a line", {{"LINE", {1, 2, 3}}, {"ARC", {1, 2, 3}}}, std::nullopt, 1},
-        {"arc with five numbers", {{"LINE", {1, 2, 3}}, {"CLW", {1, 2, 3, 4, 5}}}, std::nullopt, 1},
-        {"line with two numbers", {{"LINE", {1, 2}}}, std::nullopt, 0},
-        {"count past the lines", {{"LINE", {1, 2, 3}}}, 5, 1},
-        {"negative count", {}, -3, 0},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    using Segments = std::vector<ObjectFileWriter::ProfileSegment>;
+    // Segments, count line, segments kept.
+    const std::tuple<Segments, std::optional<int>, long long> cases[] = {
+        {{{"LINE", {1, 2, 3}}, {"ARC", {1, 2, 3}}}, std::nullopt, 1},  // unknown keyword after a line
+        {{{"LINE", {1, 2, 3}}, {"CLW", {1, 2, 3, 4, 5}}}, std::nullopt, 1},
+        {{{"LINE", {1, 2}}}, std::nullopt, 0},
+        {{{"LINE", {1, 2, 3}}}, 5, 1},  // count past the lines
+        {{}, -3, 0}};
+    for (const auto& [segments, count, kept] : cases) {
         Outline o;
-        o.segments = c.segments;
-        o.count = c.count;
-        o.trailingLines = 0;
-        OpenedFile f(ObjectFileWriter(115).extrusion({0, 0, 1}, 1, o, "x").plain());
+        std::tie(o.segments, o.count, o.trailingLines) = std::make_tuple(segments, count, 0);
         Outputs out;
-        EXPECT_FALSE(f.next(out));
-        long long kept = 0;
-        for (long long i = 0; i < out.segments.GetSize(); ++i) kept += out.segments[i] != nullptr;
-        EXPECT_EQ(kept, c.keptSegments);
+        EXPECT_FALSE(OpenedFile(ObjectFileWriter(115).extrusion({0, 0, 1}, 1, o, "x").plain()).next(out));
+        long long n = 0;
+        for (long long i = 0; i < out.segments.GetSize(); ++i) n += out.segments[i] != nullptr;
+        EXPECT_EQ(n, kept) << segments.size();
     }
 }
 

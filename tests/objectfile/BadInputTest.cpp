@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <tuple>
 
 #include "ObjectFileTestUtil.h"
 
@@ -9,12 +10,11 @@ namespace {
 using zortest::ObjectFileWriter;
 using zortest::OpenedFile;
 
+const zortest::Geometry kMarked{true, {}, {{1, 2, 3}}, {}, {}};
+
 std::string scene() {
-    zortest::Geometry g;
-    g.present = true;
-    g.list1 = {{1, 2, 3}};
     ObjectFileWriter w(115);
-    return w.cube(1, 2, 3, "a", {}, g).sphere(4, "b").open("Unknown").field("x", "1").close().plain();
+    return w.cube(1, 2, 3, "a", {}, kMarked).sphere(4, "b").open("Unknown").field("x", "1").close().plain();
 }
 
 TEST(BadInputTest, MissingAndEmptyFilesFailEveryRead) {
@@ -22,12 +22,11 @@ TEST(BadInputTest, MissingAndEmptyFilesFailEveryRead) {
     for (const std::string& path : {dir.file("missing.obj"), dir.write("empty.obj", ""), dir.path()}) {
         SCOPED_TRACE(path);
         zortest::TestFile f(path.c_str(), 0, 1, 1);
-        EXPECT_EQ(f.m_version, 0u);
         unsigned int type = 0;
-        EXPECT_FALSE(f.ReadType(&type));
-        EXPECT_EQ(type, 0xFFFFFFFFu);
         zortest::Outputs o;
-        EXPECT_FALSE(zortest::read_record(f, ZOR_RECORD_CUBE, o));
+        EXPECT_FALSE(f.ReadType(&type));
+        EXPECT_EQ(std::make_tuple(f.m_version, type, zortest::read_record(f, ZOR_RECORD_CUBE, o)),
+                  std::make_tuple(0u, 0xFFFFFFFFu, false));
     }
 }
 
@@ -36,14 +35,10 @@ TEST(BadInputTest, MissingAndEmptyFilesFailEveryRead) {
 TEST(BadInputTest, EveryTruncationOfARecordFails) {
     ObjectFileWriter::Engine spindle;
     spindle.kind = 2;
-    zortest::Geometry mesh;
-    mesh.vertices = {{0, 0, 0}, {1, 0, 0}, {1, 2, 0}};
-    mesh.triangles = {{0, 1, 2}};
-    ObjectFileWriter::Outline outline;
-    outline.closed = 1;
-    outline.segments = {{"LINE", {0, 0, 0}}, {"CCLW", {1, 1, 0, 2, 2, 0}}};
+    const zortest::Geometry mesh{false, {{0, 0, 0}, {1, 0, 0}, {1, 2, 0}}, {}, {}, {{0, 1, 2}}};
+    const ObjectFileWriter::Outline outline{{{"LINE", {0, 0, 0}}, {"CCLW", {1, 1, 0, 2, 2, 0}}}, 1, {}, 1};
     const std::pair<std::string, const char*> cases[] = {
-        {ObjectFileWriter(115).cube(1, 2, 3, "c", {}, {true, {}, {{1, 2, 3}}, {}, {}}).plain(), "}"},
+        {ObjectFileWriter(115).cube(1, 2, 3, "c", {}, kMarked).plain(), "}"},
         {ObjectFileWriter(101).cube(1, 2, 3, "c").plain(), "}"},
         {ObjectFileWriter(115).mesh("m", mesh).plain(), "}"},
         {ObjectFileWriter(107).tool("t").plain(), "}"},

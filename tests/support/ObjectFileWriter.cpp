@@ -131,59 +131,58 @@ ObjectFileWriter& ObjectFileWriter::tail(const Tail& t) {
     return close();
 }
 
-ObjectFileWriter& ObjectFileWriter::cube(double d1, double d2, double d3, const std::string& name, const Tail& t,
-                                         const Geometry& g, const std::array<std::string, 3>& texts) {
-    open("C3dObjectCube");
-    field("Width", d2);
-    field("Depth", d3);
-    field("Height", d1);
-    field("Width Text", texts[1]);
-    field("Depth Text", texts[2]);
-    field("Height Text", texts[0]);
+// A record whose type-specific lines are plain lines (no value) and fields,
+// then `options` numbered lines, the geometry block and the tail.
+ObjectFileWriter& ObjectFileWriter::solid(const std::string& keyword, const std::vector<Line>& lines, int options,
+                                          const std::string& name, const Tail& t, const Geometry& g) {
+    open(keyword);
+    for (const Line& l : lines) l.second ? field(l.first, *l.second) : line(l.first);
+    const std::string kind = keyword.substr(9);  // "C3dObject" dropped
+    for (int i = 0; i < options; ++i) line(kind + " option " + std::to_string(i));
     return geometry(g, name).tail(t);
 }
 
-ObjectFileWriter& ObjectFileWriter::cylinder(double d1, double d2, double d3, const std::string& name,
-                                             const Tail& t, const Geometry& g) {
-    open("C3dObjectCylinder");
-    line("Cylinder line 1");
-    line("Cylinder line 2");
-    field("Radius", d1);
-    field("Height", d2);
-    field("Top Radius", d3);
-    for (int i = 0; i < 6; ++i) line("Cylinder option " + std::to_string(i));
-    return geometry(g, name).tail(t);
+ObjectFileWriter& ObjectFileWriter::cube(double d1, double d2, double d3, const std::string& name, const Tail& t,
+                                         const Geometry& g, const std::array<std::string, 3>& texts) {
+    return solid("C3dObjectCube",
+                 {{"Width", format_number(d2)},
+                  {"Depth", format_number(d3)},
+                  {"Height", format_number(d1)},
+                  {"Width Text", texts[1]},
+                  {"Depth Text", texts[2]},
+                  {"Height Text", texts[0]}},
+                 0, name, t, g);
+}
+
+ObjectFileWriter& ObjectFileWriter::cylinder(double d1, double d2, double d3, const std::string& name, const Tail& t,
+                                             const Geometry& g) {
+    return solid("C3dObjectCylinder",
+                 {{"Cylinder line 1", {}},
+                  {"Cylinder line 2", {}},
+                  {"Radius", format_number(d1)},
+                  {"Height", format_number(d2)},
+                  {"Top Radius", format_number(d3)}},
+                 6, name, t, g);
 }
 
 ObjectFileWriter& ObjectFileWriter::cone(double d1, double d2, const std::string& name, const Tail& t,
                                          const Geometry& g) {
-    open("C3dObjectCone");
-    line("Cone line");
-    field("Radius", d1);
-    field("Height", d2);
-    for (int i = 0; i < 4; ++i) line("Cone option " + std::to_string(i));
-    return geometry(g, name).tail(t);
+    return solid("C3dObjectCone", {{"Cone line", {}}, {"Radius", format_number(d1)}, {"Height", format_number(d2)}}, 4,
+                 name, t, g);
 }
 
 ObjectFileWriter& ObjectFileWriter::sphere(double d1, const std::string& name, const Tail& t, const Geometry& g) {
-    open("C3dObjectSphere");
-    field("Radius", d1);
-    for (int i = 0; i < 5; ++i) line("Sphere option " + std::to_string(i));
-    return geometry(g, name).tail(t);
+    return solid("C3dObjectSphere", {{"Radius", format_number(d1)}}, 5, name, t, g);
 }
 
 ObjectFileWriter& ObjectFileWriter::torus(double d1, double d2, const std::string& name, const Tail& t,
                                           const Geometry& g) {
-    open("C3dObjectTorus");
-    field("Major Radius", d1);
-    line("Torus line");
-    field("Minor Radius", d2);
-    for (int i = 0; i < 5; ++i) line("Torus option " + std::to_string(i));
-    return geometry(g, name).tail(t);
+    return solid("C3dObjectTorus",
+                 {{"Major Radius", format_number(d1)}, {"Torus line", {}}, {"Minor Radius", format_number(d2)}}, 5,
+                 name, t, g);
 }
 
-ObjectFileWriter& ObjectFileWriter::fileReference(const std::string& file, const std::string& name,
-                                                  const Tail& t) {
+ObjectFileWriter& ObjectFileWriter::fileReference(const std::string& file, const std::string& name, const Tail& t) {
     open("C3dObjectFile");
     field("First", "3");
     field("File", file);
@@ -200,22 +199,15 @@ ObjectFileWriter& ObjectFileWriter::mesh(const std::string& name, Geometry g, co
 }
 
 ObjectFileWriter& ObjectFileWriter::part(const std::string& name, const Tail& t, const Geometry& g) {
-    open("C3dObjectPart");
-    for (int i = 0; i < 6; ++i) line("Part option " + std::to_string(i));
-    return geometry(g, name).tail(t);
+    return solid("C3dObjectPart", {}, 6, name, t, g);
 }
 
 ObjectFileWriter& ObjectFileWriter::tool(const std::string& name, const Tail& t, const Geometry& g) {
-    open("C3dObjectTool");
-    if (m_version < 108) {
-        line("Tool line 1");
-        line("Tool line 2");
-        field("Diameter", 10.0);
-        field("Length", 50.0);
-        field("Corner Radius", 1.0);
-    }
-    for (int i = 0; i < 6; ++i) line("Tool option " + std::to_string(i));
-    return geometry(g, name).tail(t);
+    std::vector<Line> lines;
+    if (m_version < 108)
+        lines = {
+            {"Tool line 1", {}}, {"Tool line 2", {}}, {"Diameter", "10"}, {"Length", "50"}, {"Corner Radius", "1"}};
+    return solid("C3dObjectTool", lines, 6, name, t, g);
 }
 
 ObjectFileWriter& ObjectFileWriter::engine(const Engine& e) {
@@ -234,18 +226,18 @@ ObjectFileWriter& ObjectFileWriter::engine(const Engine& e) {
     for (int i : {6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 17, 16, 18, 19})
         field("P" + std::to_string(i), e.p[static_cast<std::size_t>(i)]);
     if (e.kind == 2) {
-        field("Spindle Vector", numbers(e.spindleVector.data(), 3));
+        field("Spindle Vector", "1 2 3");
         if (m_version > 104) {
             field("Spindle Value", "0");
             open("Spindle Block").field("Inner", "0").close();
         }
-        field("P21", std::to_string(e.p21));
+        field("P21", "21");
     }
     if (m_version >= 102) field("Spindle Key", e.key);
     if (m_version >= 106) field("Index", std::to_string(e.index));
     if (m_version >= 112) {
-        field("P22", std::to_string(e.p22));
-        field("P23", std::to_string(e.p23));
+        field("P22", "22");
+        field("P23", "23");
     }
     return close();
 }
@@ -317,8 +309,8 @@ ObjectFileWriter& ObjectFileWriter::extrusion(const Xyz& direction, double lengt
     return geometry(g, name).tail(t);
 }
 
-ObjectFileWriter& ObjectFileWriter::revolution(double angle, const Outline& o, const std::string& name,
-                                               const Tail& t, const Geometry& g) {
+ObjectFileWriter& ObjectFileWriter::revolution(double angle, const Outline& o, const std::string& name, const Tail& t,
+                                               const Geometry& g) {
     open("C3dObjectSplineLathe");
     if (m_version < 114) {
         field("Lathe Value", 3.5);

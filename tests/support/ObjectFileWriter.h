@@ -7,6 +7,7 @@
 #include <array>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace zortest {
@@ -42,7 +43,6 @@ public:
     // version is the file version x 100 (115 for 1.15).
     explicit ObjectFileWriter(int version);
 
-    int version() const { return m_version; }
     // "// Version: 1.15"
     std::string versionLine() const;
 
@@ -62,8 +62,7 @@ public:
                                const Geometry& g = {});
     ObjectFileWriter& cone(double d1, double d2, const std::string& name, const Tail& t = {}, const Geometry& g = {});
     ObjectFileWriter& sphere(double d1, const std::string& name, const Tail& t = {}, const Geometry& g = {});
-    ObjectFileWriter& torus(double d1, double d2, const std::string& name, const Tail& t = {},
-                            const Geometry& g = {});
+    ObjectFileWriter& torus(double d1, double d2, const std::string& name, const Tail& t = {}, const Geometry& g = {});
     // A "C3dObjectFile" record referring to file.
     ObjectFileWriter& fileReference(const std::string& file, const std::string& name, const Tail& t = {});
 
@@ -76,7 +75,8 @@ public:
     ObjectFileWriter& tool(const std::string& name, const Tail& t = {}, const Geometry& g = {});
 
     // A "C3dObjectEngin" record; p[i] is the engine parameter pi (p[0] unused,
-    // integers written as such).
+    // integers written as such). A spindle's vector is 1 2 3; p21..p23 are
+    // 21..23.
     struct Engine {
         std::string name = "X";
         int kind = 1;
@@ -84,8 +84,6 @@ public:
         Xyz axis = {0, 0, 1};
         int flag = 0;
         std::array<double, 20> p = {0, 0, 0, 0, 0, 0, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19};
-        Xyz spindleVector = {1, 2, 3};
-        int p21 = 21, p22 = 22, p23 = 23;
         std::string key = "KEY";
         int index = 0;
     };
@@ -108,6 +106,10 @@ public:
     std::string scrambled(const std::vector<int>& keys = {42, 7, 123, 999}) const;
 
 private:
+    using Line = std::pair<std::string, std::optional<std::string>>;  // a plain line without value
+    ObjectFileWriter& solid(const std::string& keyword, const std::vector<Line>& lines, int options,
+                            const std::string& name, const Tail& t, const Geometry& g);
+
     int m_version;
     std::vector<std::string> m_lines;
 

@@ -212,31 +212,29 @@ TEST_F(ForeignProfile, SiriusClosesAwayFromTheStartAndReadsDirectionWordsAndUnit
               (Segs{L(0, 0, 1), L(10, 0, 1), L(0, 1e-6, 1)}));
     EXPECT_EQ(sirius(SiriusWriter(base).Line({10, 0, 1}, {0, 0, 2}).Text()),  // z counts too
               (Segs{L(0, 0, 1), L(10, 0, 1), L(0, 0, 2), L(0, 0, 1)}));
-    const std::pair<const char*, Seg> words[] = {{"CLW", A(IO_CLW, 5, 0, 10, 0)},
-                                                 {"clw", A(IO_CLW, 5, 0, 10, 0)},
-                                                 {"CCLW", A(IO_CCLW, 5, 0, 10, 0)},
-                                                 {" Cclw ", A(IO_CCLW, 5, 0, 10, 0)},
-                                                 {"CW", L(10, 0)},
-                                                 {"", L(10, 0)}};
-    for (const auto& [word, arc] : words)
-        EXPECT_EQ(sirius(SiriusWriter().Arc({0, 0, 0}, {10, 0, 0}, {5, 0, 0}, word).Text()),
-                  (Segs{L(0, 0), arc, L(0, 0)}))
-            << word;
+    const std::pair<std::vector<const char*>, Seg> words[] = {{{"CLW", "clw"}, A(IO_CLW, 5, 0, 10, 0)},
+                                                              {{"CCLW", " Cclw "}, A(IO_CCLW, 5, 0, 10, 0)},
+                                                              {{"CW", ""}, L(10, 0)}};
+    for (const auto& [list, arc] : words) {
+        for (const char* word : list) {
+            const std::string text = SiriusWriter().Arc({0, 0, 0}, {10, 0, 0}, {5, 0, 0}, word).Text();
+            EXPECT_EQ(sirius(text), (Segs{L(0, 0), arc, L(0, 0)})) << word;
+        }
+    }
     const double k = 25.4;
     EXPECT_EQ(sirius(SiriusWriter().Line({1, 2, 3}, {4, 5, 6}).Arc({4, 5, 6}, {1, 2, 3}, {2, 2, 2}, "CLW").Text(), 2),
               (Segs{L(k, 2 * k, 3 * k), L(4 * k, 5 * k, 6 * k), A(IO_CLW, 2 * k, 2 * k, k, 2 * k, 2 * k, 3 * k)}));
 }
 
 TEST_F(ForeignProfile, SiriusSkipsLinesOutsideTheGrammar) {
-    const auto odd = SiriusWriter().Raw("").Raw("TITLE = profile (1,2,3,4,5,6)").Raw("LINE = L1 1,2,3,4,5,6)");
-    const auto text =
-        SiriusWriter(odd).Raw("LINE = L1 (1,2,3,4,5,6").Raw("LINE (1,2,3,4,5,6)").Raw(std::string(1000, 'x'));
-    EXPECT_EQ(sirius(SiriusWriter(text)
-                         .Raw("  line\t= L1 (0,0,0,1,0,0)  trailing")
-                         .Raw("LINE = " + std::string(990, ' ') + "(1,1,1,2,2,2)")
-                         .Raw("ARC=(1,0,0,0,1,0,0,0,0,CCLW)")
-                         .Text()),
-              (Segs{L(0, 0), L(1, 0), A(IO_CCLW, 0, 0, 0, 1), L(0, 0)}));
+    SiriusWriter odd;
+    for (const std::string& line :
+         {std::string(), std::string("TITLE = profile (1,2,3,4,5,6)"), std::string("LINE = L1 1,2,3,4,5,6)"),
+          std::string("LINE = L1 (1,2,3,4,5,6"), std::string("LINE (1,2,3,4,5,6)"), std::string(1000, 'x'),
+          std::string("  line\t= L1 (0,0,0,1,0,0)  trailing"), "LINE = " + std::string(990, ' ') + "(1,1,1,2,2,2)",
+          std::string("ARC=(1,0,0,0,1,0,0,0,0,CCLW)")})
+        odd.Raw(line);
+    EXPECT_EQ(sirius(odd.Text()), (Segs{L(0, 0), L(1, 0), A(IO_CCLW, 0, 0, 0, 1), L(0, 0)}));
     // A first line that supplies nothing leaves no start to close to; a short line reuses the values before.
     EXPECT_EQ(sirius(SiriusWriter().Raw("LINE = L1 (a,b)").Line({0, 0, 0}, {5, 0, 0}).Text()), (Segs{L(5, 0)}));
     EXPECT_EQ(sirius(SiriusWriter().Line({0, 0, 0}, {5, 0, 0}).Raw("LINE = L2 (5,0,0,5,7)").Text()),

@@ -89,15 +89,11 @@ TEST(SegmentArray, NullSlotStopsTheWalkAndBadSlotsThrow) {
     EXPECT_EQ(b, -2);
 }
 
-TEST(SegmentArray, TextLinesHaveTheExactFormats) {
+// The line formats themselves are checked by the native file round trip.
+TEST(SegmentArray, WritesNoUnknownSegmentAndHugeNumbersWhole) {
     CMWZORSegmentArray list;
-    list.m_unit = 2;
-    list.m_tolerance = 0.01;
-    list.AddPoint(1.5, -2, 1e-7);
-    list.AddArc(1, 2, 0, 3, 4, 0, IO_CCLW);
-    list.AddArc(-1, 0, 0, 0, 1, 0, IO_CLW);
-    list.AddArc(0, 0, 0, 1, 0, 0, static_cast<m_IOenumType>(7));  // not written
-    list.AddPoint(1e300, 0, 0);                                   // written whole
+    list.AddArc(0, 0, 0, 1, 0, 0, static_cast<m_IOenumType>(7));
+    list.AddPoint(1e300, 0, 0);
     list.m_segments.Add(nullptr);
     std::FILE* stream = std::tmpfile();
     list.WriteBody(stream);
@@ -107,11 +103,8 @@ TEST(SegmentArray, TextLinesHaveTheExactFormats) {
     std::rewind(stream);
     text.resize(std::fread(&text[0], 1, text.size(), stream));
     std::fclose(stream);
-    EXPECT_EQ(text.substr(0, text.find("LINE < 1000")),
-              "Unit < 2 >\nToler < 0.010000 >\nLINE < 1.500000 -2.000000 0.000000 >\n"
-              "CCLW < 1.000000 2.000000 0.000000 0.000000 0.000000 1.000000 3.000000 4.000000 0.000000>\n"
-              "CLW < -1.000000 0.000000 0.000000 0.000000 0.000000 -1.000000 0.000000 1.000000 0.000000>\n");
-    EXPECT_EQ(text.size() - text.find("LINE < 1000"), 336u);  // 301 digits
+    EXPECT_EQ(text.substr(0, 41), "Unit < 1 >\nToler < 0.005000 >\nLINE < 1000");
+    EXPECT_EQ(text.size(), 30u + 336u);  // the line has 301 digits before the point
 }
 
 TEST(GetArcStep, StepsEachArcOfAWalkFromThePreviousEndInItsDirection) {

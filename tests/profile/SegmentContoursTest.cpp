@@ -2,8 +2,6 @@
 
 #include <map>
 #include <random>
-#include <string>
-#include <tuple>
 #include <vector>
 
 #include "profile/SegmentContours.h"
@@ -15,234 +13,148 @@ struct Seg {
     int direction = 0;
 };
 
-// The caller's side: records for a list of segments, chained in order.
-class Input {
-public:
-    explicit Input(const std::vector<Seg>& segs) : m_ends(2 * segs.size()), m_segs(segs.size()) {
-        for (size_t i = 0; i < segs.size(); ++i) {
-            m_ends[2 * i] =
-                Segment_end{segs[i].x0, segs[i].y0, 0.0, 0, 0, 0, 0, {7, 7}, 0, 0, nullptr, nullptr, nullptr};
-            m_ends[2 * i + 1] =
-                Segment_end{segs[i].x1, segs[i].y1, 0.0, 0, 0, 0, 0, {7, 7}, 0, 0, nullptr, nullptr, nullptr};
-            Segment_ord& s = m_segs[i];
-            s = Segment_ord{};
-            s.end[0] = &m_ends[2 * i];
-            s.end[1] = &m_ends[2 * i + 1];
-            s.kind = 1;
-            s.direction = segs[i].direction;
-            s.next = i + 1 < segs.size() ? &m_segs[i + 1] : nullptr;
+// The caller's records for segments chained in input order, and the builder's result for them.
+struct Contours {
+    std::vector<Segment_end> ends;
+    std::vector<Segment_ord> segs;
+    Segment_settings settings{};
+    Segment_result* result;
+
+    Contours(const std::vector<Seg>& input, double tolerance = 0.0001) : ends(2 * input.size()), segs(input.size()) {
+        for (size_t i = 0; i < input.size(); ++i) {
+            ends[2 * i] = Segment_end{input[i].x0, input[i].y0, 0, 0, 0, 0, 0, {7, 7}, 0, 0, nullptr, nullptr, nullptr};
+            ends[2 * i + 1] = ends[2 * i];
+            ends[2 * i + 1].x = input[i].x1;
+            ends[2 * i + 1].y = input[i].y1;
+            segs[i] = Segment_ord{};
+            segs[i].end[0] = &ends[2 * i];
+            segs[i].end[1] = &ends[2 * i + 1];
+            segs[i].kind = 1;
+            segs[i].direction = input[i].direction;
+            segs[i].next = i + 1 < input.size() ? &segs[i + 1] : nullptr;
         }
+        settings.tolerance = tolerance;
+        result = static_cast<Segment_result*>(API_GetSegmentContours(&settings, segs.empty() ? nullptr : &segs[0]));
     }
-    Segment_ord* first() { return m_segs.empty() ? nullptr : &m_segs[0]; }
-    Segment_ord& operator[](size_t i) { return m_segs[i]; }
-    Segment_end* end(size_t i, int e) { return &m_ends[2 * i + static_cast<size_t>(e)]; }
-    size_t size() const { return m_segs.size(); }
-
-private:
-    std::vector<Segment_end> m_ends;
-    std::vector<Segment_ord> m_segs;
-};
-
-struct Result {
-    Segment_result* r = nullptr;
-    explicit Result(void* p) : r(static_cast<Segment_result*>(p)) {}
-    ~Result() { API_ReleaseSegmentContours(r); }
+    ~Contours() { API_ReleaseSegmentContours(result); }
     std::vector<const Segment_contour*> contours() const {
         std::vector<const Segment_contour*> out;
-        for (const Segment_contour* c = r->first; c != nullptr; c = c->next) out.push_back(c);
+        for (const Segment_contour* c = result->first; c != nullptr; c = c->next) out.push_back(c);
         return out;
     }
 };
 
-Segment_settings settings(double tolerance) {
-    Segment_settings s{};
-    s.tolerance = tolerance;
-    return s;
-}
-
-Result build(Input& in, double tolerance = 0.0001) {
-    Segment_settings s = settings(tolerance);
-    return Result(API_GetSegmentContours(&s, in.first()));
-}
-
-TEST(SegmentContours, QuantisationFactorHasFloorOfTen) {
-    const struct {
-        double tolerance;
-        int factor;
-    } cases[] = {{0.0001, 10000}, {0.001, 1000}, {0.05, 20}, {0.2, 10}, {1, 10}, {100, 10}, {-1, 10}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.tolerance);
-        Input in({{0, 0, 1, 0}});
-        Segment_settings s = settings(c.tolerance);
-        Result r(API_GetSegmentContours(&s, in.first()));
-        EXPECT_EQ(s.factor, c.factor);
-    }
-}
-
-TEST(SegmentContours, QuantisesHalfUpAndFillsEndRecords) {
+TEST(SegmentContours, QuantisationFactorHasFloorOfTenAndRoundsHalfUp) {
+    const double tolerances[] = {0.0001, 0.001, 0.05, 0.2, 1, 100, -1};
+    const int factors[] = {10000, 1000, 20, 10, 10, 10, 10};
+    for (int i = 0; i < 7; ++i) EXPECT_EQ(Contours({{0, 0, 1, 0}}, tolerances[i]).settings.factor, factors[i]);
     // Factor 10: -0.25 -> -2.5 -> -2, 0.25 -> 3, 0.24 -> 2, -0.26 -> -3.
-    Input in({{-0.25, 0.25, 0.24, -0.26}});
-    Result r = build(in, 1.0);
-    const Segment_end* a = in.end(0, 0);
-    const Segment_end* b = in.end(0, 1);
-    EXPECT_EQ(std::make_tuple(a->qx, a->qy, a->qz), std::make_tuple(-2, 3, 0));
-    EXPECT_EQ(std::make_tuple(b->qx, b->qy, b->qz), std::make_tuple(2, -3, 0));
-    EXPECT_EQ(std::make_tuple(a->extra[0], a->extra[1], a->segment, a->end), std::make_tuple(0, 0, 0, 0));
-    EXPECT_EQ(std::make_tuple(b->segment, b->end), std::make_tuple(0, 1));
-    EXPECT_EQ(a->owner, &in[0]);
-}
-
-TEST(SegmentContours, ClosedPairOfLines) {
-    Input in({{0, 0, 1, 0}, {1, 0, 0, 0}});
-    Result r = build(in);
-    auto cs = r.contours();
-    ASSERT_EQ(cs.size(), 1u);
-    EXPECT_EQ(cs[0]->closed, 1);
-    EXPECT_EQ(cs[0]->segmentCount, 2);
-    EXPECT_EQ(cs[0]->endCount, 4);
-    EXPECT_EQ(cs[0]->startSegment, &in[0]);
-    EXPECT_EQ(cs[0]->start, in.end(0, 0));
-    EXPECT_EQ(in[0].nextInContour, &in[1]);
-    EXPECT_EQ(in[1].nextInContour, nullptr);
-    EXPECT_EQ(in[1].sense, 1);
-    EXPECT_EQ(r.r->walked, 2);
-    EXPECT_EQ(r.r->segmentCount, 2);
-    EXPECT_EQ(r.r->input, &in[0]);
-    EXPECT_EQ(in[0].neighbourIndex[1], 1);
-    EXPECT_EQ(in[0].neighbourEnd[1], 0);
-}
-
-TEST(SegmentContours, OpenChainTurnsSegmentAndNegatesDirection) {
-    Input in({{0, 0, 1, 0, 1}, {2, 0, 1, 0, 1}});
-    Segment_end* origEnd0 = in.end(1, 0);
-    Result r = build(in);
-    auto cs = r.contours();
-    ASSERT_EQ(cs.size(), 1u);
-    EXPECT_EQ(cs[0]->closed, 0);
-    EXPECT_EQ(cs[0]->segmentCount, 2);
-    EXPECT_EQ(in[1].sense, -1);
-    EXPECT_EQ(in[1].direction, -1);
-    EXPECT_EQ(in[1].end[1], origEnd0);  // ends exchanged
-    EXPECT_EQ(in[1].end[0]->x, 1.0);
-    EXPECT_EQ(in[0].direction, 1);
-    EXPECT_EQ(in[1].state, 2);
-}
-
-TEST(SegmentContours, OpenChainStartedInsideIsPickedUpAsSecondContour) {
-    // Segment 0 is the inner one: the walk goes forward from its end 0 only,
-    // and segment 1 becomes a contour of its own that stops at segment 0.
-    Input in({{1, 0, 2, 0}, {0, 0, 1, 0}});
-    Result r = build(in);
-    auto cs = r.contours();
-    ASSERT_EQ(cs.size(), 2u);
-    EXPECT_EQ(cs[0]->segmentCount, 1);
-    EXPECT_EQ(cs[1]->segmentCount, 1);
-    EXPECT_EQ(cs[1]->startSegment, &in[1]);
-    EXPECT_EQ(cs[1]->number, 1);
-    EXPECT_EQ(cs[1]->closed, 0);
-    EXPECT_EQ(in[1].nextInContour, nullptr);
-}
-
-TEST(SegmentContours, ThreeEndsAtOnePointJoinOnlyTheFirstTwo) {
-    Input in({{0, 0, 1, 1}, {1, 1, 2, 0}, {1, 1, 1, 5}});
-    Result r = build(in);
-    EXPECT_EQ(in[0].neighbour[1], &in[1]);
-    EXPECT_EQ(in[1].neighbour[0], &in[0]);
-    EXPECT_EQ(in[2].neighbour[0], nullptr);
-    EXPECT_EQ(in[2].neighbourIndex[0], -1);
-    EXPECT_EQ(in[2].neighbourEnd[0], -1);
-    EXPECT_EQ(r.contours().size(), 2u);
-}
-
-TEST(SegmentContours, QuantisationBoundaries) {
-    const struct {
-        double x;
-        bool joined;
-    } cases[] = {
-        {0.00004, true},    // 0.4 rounds to 0
-        {0.00006, false},   // 0.6 rounds to 1
-        {-0.00005, true},   // -0.5 rounds half up to 0
-        {-0.00006, false},  // -0.6 rounds to -1
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.x);
-        Input in({{-1, 0, 0, 0}, {c.x, 0, 1, 1}});
-        Result r = build(in);
-        EXPECT_EQ(in[0].neighbour[1] == &in[1], c.joined);
+    Contours c({{-0.25, 0.25, 0.24, -0.26}}, 1.0);
+    const Segment_end &a = c.ends[0], &b = c.ends[1];
+    EXPECT_EQ(std::vector<int>({a.qx, a.qy, a.qz, a.extra[0], a.extra[1], a.segment, a.end}),
+              std::vector<int>({-2, 3, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(std::vector<int>({b.qx, b.qy, b.segment, b.end}), std::vector<int>({2, -3, 0, 1}));
+    EXPECT_EQ(a.owner, &c.segs[0]);
+    // Joined at 0.0001: 0.4 rounds to 0, -0.5 half up to 0; not joined: 0.6 to 1, -0.6 to -1.
+    for (double x : {0.00004, -0.00005, 0.00006, -0.00006}) {
+        Contours j({{-1, 0, 0, 0}, {x, 0, 1, 1}});
+        EXPECT_EQ(j.segs[0].neighbour[1] == &j.segs[1], x > -0.00006 && x < 0.00006) << x;
     }
 }
 
-TEST(SegmentContours, EmptyListAndNullSettings) {
-    Input in({});
-    Result r = build(in);
-    ASSERT_NE(r.r, nullptr);
-    EXPECT_EQ(r.r->first, nullptr);
-    EXPECT_EQ(r.r->segmentCount, 0);
+TEST(SegmentContours, ClosedAndOpenChains) {
+    Contours closed({{0, 0, 1, 0}, {1, 0, 0, 0}});
+    auto cs = closed.contours();
+    ASSERT_EQ(cs.size(), 1u);
+    EXPECT_EQ(std::vector<int>({cs[0]->closed, cs[0]->segmentCount, cs[0]->endCount, closed.segs[1].sense}),
+              std::vector<int>({1, 2, 4, 1}));
+    EXPECT_EQ(std::vector<int>({closed.result->walked, closed.result->segmentCount, closed.segs[0].neighbourIndex[1],
+                                closed.segs[0].neighbourEnd[1]}),
+              std::vector<int>({2, 2, 1, 0}));
+    EXPECT_EQ(cs[0]->startSegment, &closed.segs[0]);
+    EXPECT_EQ(cs[0]->start, &closed.ends[0]);
+    EXPECT_EQ(closed.segs[0].nextInContour, &closed.segs[1]);
+    EXPECT_EQ(closed.segs[1].nextInContour, nullptr);
+    EXPECT_EQ(closed.result->input, &closed.segs[0]);
+
+    // The second segment is turned round: ends exchanged, direction negated.
+    Contours open({{0, 0, 1, 0, 1}, {2, 0, 1, 0, 1}});
+    ASSERT_EQ(open.contours().size(), 1u);
+    EXPECT_EQ(open.contours()[0]->closed, 0);
+    EXPECT_EQ(
+        std::vector<int>({open.segs[0].direction, open.segs[1].sense, open.segs[1].direction, open.segs[1].state}),
+        std::vector<int>({1, -1, -1, 2}));
+    EXPECT_EQ(open.segs[1].end[1], &open.ends[2]);
+
+    // Started inside an open chain, the walk goes forward only: the rest is a second contour.
+    Contours inside({{1, 0, 2, 0}, {0, 0, 1, 0}});
+    cs = inside.contours();
+    ASSERT_EQ(cs.size(), 2u);
+    EXPECT_EQ(std::vector<int>({cs[0]->segmentCount, cs[1]->segmentCount, cs[1]->number, cs[1]->closed}),
+              std::vector<int>({1, 1, 1, 0}));
+    EXPECT_EQ(cs[1]->startSegment, &inside.segs[1]);
+
+    // Three ends at one point: only the first two are joined.
+    Contours three({{0, 0, 1, 1}, {1, 1, 2, 0}, {1, 1, 1, 5}});
+    EXPECT_EQ(three.segs[0].neighbour[1], &three.segs[1]);
+    EXPECT_EQ(three.segs[1].neighbour[0], &three.segs[0]);
+    EXPECT_EQ(std::vector<int>({three.segs[2].neighbourIndex[0], three.segs[2].neighbourEnd[0]}),
+              std::vector<int>({-1, -1}));
+    EXPECT_EQ(three.segs[2].neighbour[0], nullptr);
+    EXPECT_EQ(three.contours().size(), 2u);
+
+    Contours none({});
+    ASSERT_NE(none.result, nullptr);
+    EXPECT_EQ(none.result->first, nullptr);
     EXPECT_EQ(API_GetSegmentContours(nullptr, nullptr), nullptr);
     API_ReleaseSegmentContours(nullptr);
 }
 
-// Invariants on random drawings on a coarse grid, where many ends coincide:
-// joins are symmetric and between equal points, each point with k free ends
-// joins the first 2 * (k / 2) of them in (segment, end) order, every
-// segment is in exactly one contour, and each contour runs head to tail.
+// Random drawings on a coarse grid, where many ends coincide: each point with k free ends joins the first
+// 2 * (k / 2) of them in pairs in (segment, end) order, every segment is in exactly one contour, and each contour
+// runs head to tail.
 TEST(SegmentContours, RandomDrawingsKeepTheInvariants) {
     std::mt19937 rng(12345);
     std::uniform_int_distribution<int> coord(0, 4);
     for (int round = 0; round < 200; ++round) {
         SCOPED_TRACE(round);
-        std::vector<Seg> segs(1 + round % 30);
-        for (Seg& s : segs) s = {coord(rng) * 0.5, coord(rng) * 0.5, coord(rng) * 0.5, coord(rng) * 0.5, 1};
-        Input in(segs);
-        // Before the builder turns anything: which ends share a point.
-        std::map<std::pair<double, double>, std::vector<std::pair<size_t, int>>> atPoint;
-        for (size_t i = 0; i < segs.size(); ++i) {
-            atPoint[{segs[i].x0, segs[i].y0}].push_back({i, 0});
-            atPoint[{segs[i].x1, segs[i].y1}].push_back({i, 1});
+        std::vector<Seg> input(1 + round % 30);
+        std::map<std::pair<int, int>, std::vector<std::pair<int, int>>> atPoint;  // before anything is turned
+        for (size_t i = 0; i < input.size(); ++i) {
+            int p[4] = {coord(rng), coord(rng), coord(rng), coord(rng)};
+            input[i] = {p[0] * 0.5, p[1] * 0.5, p[2] * 0.5, p[3] * 0.5, 1};
+            atPoint[{p[0], p[1]}].push_back({static_cast<int>(i), 0});
+            atPoint[{p[2], p[3]}].push_back({static_cast<int>(i), 1});
         }
-        Result r = build(in);
-
+        Contours c(input);
         for (const auto& [point, ends] : atPoint) {
             for (size_t k = 0; k < ends.size(); ++k) {
-                const Segment_ord& s = in[ends[k].first];
-                const int e = ends[k].second;
-                if (k < ends.size() - ends.size() % 2) {
-                    const auto& other = ends[k ^ 1];
-                    EXPECT_EQ(s.neighbourIndex[e], static_cast<int>(other.first));
-                    EXPECT_EQ(s.neighbourEnd[e], other.second);
-                } else {
-                    EXPECT_EQ(s.neighbourIndex[e], -1);
-                }
+                const Segment_ord& s = c.segs[static_cast<size_t>(ends[k].first)];
+                const bool paired = k < ends.size() - ends.size() % 2;
+                EXPECT_EQ(s.neighbourIndex[ends[k].second], paired ? ends[k ^ 1].first : -1);
+                EXPECT_EQ(s.neighbourEnd[ends[k].second], paired ? ends[k ^ 1].second : -1);
             }
         }
-
-        std::vector<int> seen(segs.size(), 0);
+        std::vector<int> seen(input.size(), 0);
         int total = 0;
-        for (const Segment_contour* c : r.contours()) {
-            const Segment_ord* s = c->startSegment;
-            for (int k = 0; k < c->segmentCount; ++k) {
+        for (const Segment_contour* contour : c.contours()) {
+            const Segment_ord* s = contour->startSegment;
+            for (int k = 0; k < contour->segmentCount; ++k, s = s->nextInContour) {
                 ASSERT_NE(s, nullptr);
                 ++seen[static_cast<size_t>(s->sequence)];
                 EXPECT_EQ(s->state, 2);
-                const Segment_ord* next = s->nextInContour;
-                if (k + 1 < c->segmentCount) {
-                    ASSERT_NE(next, nullptr);
-                    EXPECT_EQ(s->end[1]->qx, next->end[0]->qx);
-                    EXPECT_EQ(s->end[1]->qy, next->end[0]->qy);
-                } else {
-                    EXPECT_EQ(next, nullptr);
-                    if (c->closed) {
-                        EXPECT_EQ(s->end[1]->qx, c->start->qx);
-                        EXPECT_EQ(s->end[1]->qy, c->start->qy);
-                    }
-                }
-                if (next != nullptr) s = next;
+                const bool last = k + 1 == contour->segmentCount;
+                ASSERT_TRUE(last || s->nextInContour != nullptr);
+                const Segment_end* following =
+                    last ? (contour->closed ? contour->start : s->end[1]) : s->nextInContour->end[0];
+                EXPECT_EQ(std::make_pair(s->end[1]->qx, s->end[1]->qy), std::make_pair(following->qx, following->qy));
+                EXPECT_TRUE(!last || s->nextInContour == nullptr);
             }
-            total += c->segmentCount;
+            total += contour->segmentCount;
         }
-        EXPECT_EQ(total, static_cast<int>(segs.size()));
-        EXPECT_EQ(r.r->walked, total);
-        for (size_t i = 0; i < segs.size(); ++i) EXPECT_EQ(seen[i], 1) << i;
+        EXPECT_EQ(total, static_cast<int>(input.size()));
+        EXPECT_EQ(c.result->walked, total);
+        EXPECT_EQ(seen, std::vector<int>(input.size(), 1));
     }
 }
 

@@ -6,23 +6,17 @@ namespace zortest {
 
 namespace {
 
-std::string join(const std::vector<std::string>& lines) {
-    std::string text;
-    for (const std::string& line : lines) text += line + "\n";
-    return text;
-}
-
-std::string triple(const Point3& p) { return exact(p[0]) + "," + exact(p[1]) + "," + exact(p[2]); }
-
-std::string spaced(const Point3& p) { return exact(p[0]) + " " + exact(p[1]) + " " + exact(p[2]); }
-
-}  // namespace
-
 std::string exact(double value) {
     char buffer[400];
     auto result = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed);
     return std::string(buffer, result.ptr);
 }
+
+std::string joined(const Point3& p, const char* separator) {
+    return exact(p[0]) + separator + exact(p[1]) + separator + exact(p[2]);
+}
+
+}  // namespace
 
 VericutXmlWriter VericutXmlWriter::Sweep(double zMin, double zMax) {
     VericutXmlWriter w;
@@ -44,8 +38,7 @@ VericutXmlWriter& VericutXmlWriter::Pt(double x, double y, const std::string& se
 
 VericutXmlWriter& VericutXmlWriter::Arc(double cx, double cy, const std::string& attribute, const std::string& child,
                                         double radius) {
-    std::string xml = "<ARC";
-    if (!attribute.empty()) xml += " DIRECTION=\"" + attribute + "\"";
+    std::string xml = "<ARC" + (attribute.empty() ? "" : " DIRECTION=\"" + attribute + "\"");
     xml += "><X>" + exact(cx) + "</X><Y>" + exact(cy) + "</Y>";
     if (radius >= 0) xml += "<RADIUS>" + exact(radius) + "</RADIUS>";
     if (!child.empty()) xml += "<DIRECTION>" + child + "</DIRECTION>";
@@ -74,25 +67,14 @@ std::string VericutXmlWriter::Text() const {
 }
 
 VericutTextWriter VericutTextWriter::Extrusion(const std::string& zMin, const std::string& zMax) {
-    VericutTextWriter w;
-    w.Raw("VERICUT SWEEP PROFILE").Raw("ZORModelIo sample").Raw("").Raw(zMin).Raw(zMax);
-    return w;
+    return VericutTextWriter().Raw("VERICUT SWEEP PROFILE").Raw("ZORModelIo sample").Raw("").Raw(zMin).Raw(zMax);
 }
 
 VericutTextWriter VericutTextWriter::Sor(const std::string& tolerance) {
-    VericutTextWriter w;
-    w.Raw("VERICUT SOR PROFILE").Raw("ZORModelIo sample").Raw("").Raw(tolerance);
-    return w;
+    return VericutTextWriter().Raw("VERICUT SOR PROFILE").Raw("ZORModelIo sample").Raw("").Raw(tolerance);
 }
 
 VericutTextWriter& VericutTextWriter::Point(double x, double y) { return Raw(exact(x) + "\t" + exact(y)); }
-
-VericutTextWriter& VericutTextWriter::Raw(const std::string& line) {
-    m_lines.push_back(line);
-    return *this;
-}
-
-std::string VericutTextWriter::Text() const { return join(m_lines); }
 
 MachineWorksWriter::MachineWorksWriter(double x0, double y0)
     : m_start(" x=\"" + exact(x0) + "\" y=\"" + exact(y0) + "\"") {}
@@ -116,20 +98,14 @@ std::string MachineWorksWriter::Text() const {
 }
 
 SiriusWriter& SiriusWriter::Line(const Point3& start, const Point3& end) {
-    return Raw("LINE = L" + std::to_string(m_lines.size() + 1) + " (" + triple(start) + "," + triple(end) + ")");
+    return Raw("LINE = L" + std::to_string(m_lines.size() + 1) + " (" + joined(start, ",") + "," + joined(end, ",") +
+               ")");
 }
 
 SiriusWriter& SiriusWriter::Arc(const Point3& start, const Point3& end, const Point3& centre, const std::string& word) {
-    return Raw("ARC = A" + std::to_string(m_lines.size() + 1) + " (" + triple(start) + "," + triple(end) + "," +
-               triple(centre) + "," + word + ")");
+    return Raw("ARC = A" + std::to_string(m_lines.size() + 1) + " (" + joined(start, ",") + "," + joined(end, ",") +
+               "," + joined(centre, ",") + "," + word + ")");
 }
-
-SiriusWriter& SiriusWriter::Raw(const std::string& line) {
-    m_lines.push_back(line);
-    return *this;
-}
-
-std::string SiriusWriter::Text() const { return join(m_lines); }
 
 VericutPolygonWriter::VericutPolygonWriter(int perVertexNormals, int orientation, int third) {
     m_lines = {"VERICUT POLYGON FILE", "ZORModelIo sample", "1",
@@ -139,13 +115,8 @@ VericutPolygonWriter::VericutPolygonWriter(int perVertexNormals, int orientation
 VericutPolygonWriter& VericutPolygonWriter::Polygon(const std::vector<Point3>& points,
                                                     const std::vector<Point3>& normals) {
     Raw(std::to_string(points.size()));
-    for (const Point3& p : points) Raw(spaced(p));
-    for (const Point3& n : normals) Raw(spaced(n));
-    return *this;
-}
-
-VericutPolygonWriter& VericutPolygonWriter::Raw(const std::string& line) {
-    m_lines.push_back(line);
+    for (const Point3& p : points) Raw(joined(p, " "));
+    for (const Point3& n : normals) Raw(joined(n, " "));
     return *this;
 }
 
@@ -153,7 +124,5 @@ VericutPolygonWriter& VericutPolygonWriter::Header(size_t index, const std::stri
     m_lines.at(index) = line;
     return *this;
 }
-
-std::string VericutPolygonWriter::Text() const { return join(m_lines); }
 
 }  // namespace zortest

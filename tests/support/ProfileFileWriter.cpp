@@ -17,19 +17,17 @@ std::string fixed(double value) {
 ProfileFileWriter ProfileFileWriter::Extrude(double zMin, double zMax, int unit, double tolerance) {
     ProfileFileWriter w;
     w.Raw("KOLP EXTRUDE FILE").Raw("Version < 1 >").Raw("Z < " + fixed(zMin) + " " + fixed(zMax) + " >");
-    w.Raw("Unit < " + std::to_string(unit) + " >").Raw("Toler < " + fixed(tolerance) + " >");
-    return w;
+    return w.Raw("Unit < " + std::to_string(unit) + " >").Raw("Toler < " + fixed(tolerance) + " >");
 }
 
 ProfileFileWriter ProfileFileWriter::Sweep(int unit, double tolerance) {
     ProfileFileWriter w;
     w.Raw("KOLP SWEEP FILE").Raw("Version < 1 >");
-    w.Raw("Unit < " + std::to_string(unit) + " >").Raw("Toler < " + fixed(tolerance) + " >");
-    return w;
+    return w.Raw("Unit < " + std::to_string(unit) + " >").Raw("Toler < " + fixed(tolerance) + " >");
 }
 
 ProfileFileWriter& ProfileFileWriter::Raw(const std::string& line) {
-    m_lines.push_back(line);
+    m_text += line + "\n";
     return *this;
 }
 
@@ -37,21 +35,9 @@ ProfileFileWriter& ProfileFileWriter::Line(double x, double y, double z) {
     return Raw("LINE < " + fixed(x) + " " + fixed(y) + " " + fixed(z) + " >");
 }
 
-ProfileFileWriter& ProfileFileWriter::Arc(bool clockwise, double cx, double cy, double ex, double ey, double z) {
-    std::string axis = clockwise ? "0.000000 0.000000 -1.000000" : "0.000000 0.000000 1.000000";
-    return Raw(std::string(clockwise ? "CLW < " : "CCLW < ") + fixed(cx) + " " + fixed(cy) + " " + fixed(z) + " " +
-               axis + " " + fixed(ex) + " " + fixed(ey) + " " + fixed(z) + ">");
-}
-
-ProfileFileWriter& ProfileFileWriter::DropLine(size_t index) {
-    if (index < m_lines.size()) m_lines.erase(m_lines.begin() + static_cast<long>(index));
-    return *this;
-}
-
-std::string ProfileFileWriter::Text() const {
-    std::string text;
-    for (const std::string& line : m_lines) text += line + "\n";
-    return text;
+ProfileFileWriter& ProfileFileWriter::Arc(bool clockwise, double cx, double cy, double ex, double ey) {
+    return Raw(std::string(clockwise ? "CLW < " : "CCLW < ") + fixed(cx) + " " + fixed(cy) + " 0.000000 0.000000 " +
+               (clockwise ? "0.000000 -1.000000 " : "0.000000 1.000000 ") + fixed(ex) + " " + fixed(ey) + " 0.000000>");
 }
 
 }  // namespace zortest

@@ -99,17 +99,14 @@ TEST(VericutPolygonScan, EveryPrefixOfAFileScansCleanly) {
 TEST(VericutPolygon, OpensTheFileAndHandsOutNothing) {
     TempDir dir;
     std::string path = dir.write("mesh.ply", VericutPolygonWriter(0, 0).Polygon(kTriangle, {kUp}).Text());
+    std::string missing = dir.file("missing.ply");
     unsigned int numPoints = 9, numVectors = 9, numFaces = 9;
     double* points = reinterpret_cast<double*>(&numPoints);
     double* vectors = points;
     unsigned int* faces = &numFaces;
     EXPECT_EQ(VericutPolygon(path.data(), &numPoints, &points, &numVectors, &vectors, &numFaces, &faces, 1, 2), 1);
     EXPECT_EQ(numPoints + numVectors + numFaces, 0u);
-    EXPECT_EQ(points, nullptr);
-    EXPECT_EQ(vectors, nullptr);
-    EXPECT_EQ(faces, nullptr);
-
-    std::string missing = dir.file("missing.ply");
+    EXPECT_TRUE(points == nullptr && vectors == nullptr && faces == nullptr);
     numPoints = 9;
     EXPECT_EQ(VericutPolygon(missing.data(), &numPoints, &points, &numVectors, &vectors, &numFaces, &faces, 1, 1), 0);
     EXPECT_EQ(numPoints, 0u);

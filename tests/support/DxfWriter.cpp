@@ -2,10 +2,14 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 namespace zortest {
 
-std::string DxfWriter::Number(double v) {
+namespace {
+
+// Shortest text that reads back as the same double.
+std::string number(double v) {
     char text[40];
     for (int precision = 1; precision <= 17; ++precision) {
         std::snprintf(text, sizeof text, "%.*g", precision, v);
@@ -13,6 +17,8 @@ std::string DxfWriter::Number(double v) {
     }
     return text;
 }
+
+}  // namespace
 
 void DxfWriter::Pair(std::string& out, int code, const std::string& value) const {
     char head[16];
@@ -31,36 +37,33 @@ void DxfWriter::Start(const char* type, const std::string& layer) {
     if (!layer.empty()) Pair(m_entities, 8, layer);
 }
 
-DxfWriter& DxfWriter::Line(double x0, double y0, double x1, double y1, const std::string& layer, double z) {
+DxfWriter& DxfWriter::Line(double x0, double y0, double x1, double y1, const std::string& layer) {
     Start("LINE", layer);
-    Pair(m_entities, 10, Number(x0));
-    Pair(m_entities, 20, Number(y0));
-    Pair(m_entities, 30, Number(z));
-    Pair(m_entities, 11, Number(x1));
-    Pair(m_entities, 21, Number(y1));
-    Pair(m_entities, 31, Number(z));
+    const double values[] = {x0, y0, 0, x1, y1, 0};
+    const int codes[] = {10, 20, 30, 11, 21, 31};
+    for (int i = 0; i < 6; ++i) Pair(m_entities, codes[i], number(values[i]));
+    return *this;
+}
+
+DxfWriter& DxfWriter::Round(const char* type, double cx, double cy, double radius, const std::string& layer) {
+    Start(type, layer);
+    Pair(m_entities, 10, number(cx));
+    Pair(m_entities, 20, number(cy));
+    Pair(m_entities, 30, "0.0");
+    Pair(m_entities, 40, number(radius));
     return *this;
 }
 
 DxfWriter& DxfWriter::Arc(double cx, double cy, double radius, double startDegrees, double endDegrees,
                           const std::string& layer) {
-    Start("ARC", layer);
-    Pair(m_entities, 10, Number(cx));
-    Pair(m_entities, 20, Number(cy));
-    Pair(m_entities, 30, "0.0");
-    Pair(m_entities, 40, Number(radius));
-    Pair(m_entities, 50, Number(startDegrees));
-    Pair(m_entities, 51, Number(endDegrees));
+    Round("ARC", cx, cy, radius, layer);
+    Pair(m_entities, 50, number(startDegrees));
+    Pair(m_entities, 51, number(endDegrees));
     return *this;
 }
 
 DxfWriter& DxfWriter::Circle(double cx, double cy, double radius, const std::string& layer) {
-    Start("CIRCLE", layer);
-    Pair(m_entities, 10, Number(cx));
-    Pair(m_entities, 20, Number(cy));
-    Pair(m_entities, 30, "0.0");
-    Pair(m_entities, 40, Number(radius));
-    return *this;
+    return Round("CIRCLE", cx, cy, radius, layer);
 }
 
 DxfWriter& DxfWriter::Group(int code, const std::string& value) {
@@ -74,31 +77,16 @@ DxfWriter& DxfWriter::Raw(const std::string& line) {
 }
 
 std::string DxfWriter::Text() const {
+    // A block's LINE comes before ENTITIES and is no part of the drawing.
+    static const std::pair<int, const char*> kSections[] = {
+        {0, "SECTION"}, {2, "HEADER"}, {9, "$ACADVER"},   {1, "AC1009"}, {0, "ENDSEC"}, {0, "SECTION"},
+        {2, "TABLES"},  {0, "TABLE"},  {2, "LAYER"},      {0, "ENDTAB"}, {0, "ENDSEC"}, {0, "SECTION"},
+        {2, "BLOCKS"},  {0, "BLOCK"},  {8, "BlockLayer"}, {2, "Unused"}, {0, "LINE"},   {8, "BlockLayer"},
+        {10, "7.0"},    {20, "7.0"},   {30, "7.0"},       {11, "7.0"},   {21, "7.0"},   {31, "7.0"},
+        {0, "ENDBLK"},  {0, "ENDSEC"}};
     std::string out;
-    if (m_options.sections) {
-        Pair(out, 0, "SECTION");
-        Pair(out, 2, "HEADER");
-        Pair(out, 9, "$ACADVER");
-        Pair(out, 1, "AC1009");
-        Pair(out, 0, "ENDSEC");
-        Pair(out, 0, "SECTION");
-        Pair(out, 2, "TABLES");
-        Pair(out, 0, "TABLE");
-        Pair(out, 2, "LAYER");
-        Pair(out, 0, "ENDTAB");
-        Pair(out, 0, "ENDSEC");
-        // A block's LINE comes before ENTITIES and is no part of the drawing.
-        Pair(out, 0, "SECTION");
-        Pair(out, 2, "BLOCKS");
-        Pair(out, 0, "BLOCK");
-        Pair(out, 8, "BlockLayer");
-        Pair(out, 2, "Unused");
-        Pair(out, 0, "LINE");
-        Pair(out, 8, "BlockLayer");
-        for (int code : {10, 20, 30, 11, 21, 31}) Pair(out, code, "7.0");
-        Pair(out, 0, "ENDBLK");
-        Pair(out, 0, "ENDSEC");
-    }
+    if (m_options.sections)
+        for (const auto& pair : kSections) Pair(out, pair.first, pair.second);
     Pair(out, 0, "SECTION");
     Pair(out, 2, "ENTITIES");
     out += m_entities;

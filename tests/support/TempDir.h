@@ -14,8 +14,7 @@ public:
     TempDir& operator=(const TempDir&) = delete;
 
     const std::string& path() const { return m_path; }
-    // path() + "/" + name
-    std::string file(const std::string& name) const;
+    std::string file(const std::string& name) const { return m_path + "/" + name; }
     // Writes bytes to path()/name and returns the full path.
     std::string write(const std::string& name, const std::string& bytes) const;
 

@@ -1,44 +1,30 @@
 #include "support/ToolLibraryWriter.h"
 
+#include <cstring>
+
 namespace zortest {
 
-std::string xml_escape(const std::string& text) {
+namespace {
+
+std::string escape(const std::string& text) {
+    static const char kSpecial[] = "&<>\"'";
+    static const char* const kEntities[] = {"&amp;", "&lt;", "&gt;", "&quot;", "&apos;"};
     std::string out;
     for (char c : text) {
-        switch (c) {
-            case '&':
-                out += "&amp;";
-                break;
-            case '<':
-                out += "&lt;";
-                break;
-            case '>':
-                out += "&gt;";
-                break;
-            case '"':
-                out += "&quot;";
-                break;
-            case '\'':
-                out += "&apos;";
-                break;
-            default:
-                out += c;
-        }
+        const char* special = c == '\0' ? nullptr : std::strchr(kSpecial, c);
+        out += special != nullptr ? std::string(kEntities[special - kSpecial]) : std::string(1, c);
     }
     return out;
 }
 
-namespace {
-
 void write(const XmlElement& e, int depth, std::string& out) {
-    out.append(2 * depth, ' ');
-    out += "<" + e.name;
-    for (const auto& a : e.attributes) out += " " + a.first + "=\"" + xml_escape(a.second) + "\"";
+    out.append(2 * depth, ' ') += "<" + e.name;
+    for (const auto& a : e.attributes) out += " " + a.first + "=\"" + escape(a.second) + "\"";
     if (e.text.empty() && e.children.empty()) {
         out += "/>\n";
         return;
     }
-    out += ">" + xml_escape(e.text);
+    out += ">" + escape(e.text);
     if (!e.children.empty()) {
         out += "\n";
         for (const XmlElement& child : e.children) write(child, depth + 1, out);
@@ -56,10 +42,8 @@ std::string xml_document(const XmlElement& root) {
 }
 
 std::string tool_library(const std::vector<XmlElement>& tools, bool optiPath) {
-    XmlElement list("Tools");
-    list.children = tools;
     XmlElement root("ToolLibrary");
-    root.add(list);
+    root.add(XmlElement("Tools")).children[0].children = tools;
     if (optiPath) root.add(XmlElement("OptiPath"));
     return xml_document(root);
 }
@@ -67,7 +51,7 @@ std::string tool_library(const std::vector<XmlElement>& tools, bool optiPath) {
 std::string nested_document(int depth, const std::string& text) {
     std::string out;
     for (int i = 0; i < depth; ++i) out += "<n>";
-    out += xml_escape(text);
+    out += escape(text);
     for (int i = 0; i < depth; ++i) out += "</n>";
     return out;
 }

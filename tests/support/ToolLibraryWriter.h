@@ -33,11 +33,8 @@ std::string xml_document(const XmlElement& root);
 // <ToolLibrary><Tools>tools...</Tools>[<OptiPath/>]</ToolLibrary>
 std::string tool_library(const std::vector<XmlElement>& tools, bool optiPath = true);
 
-// depth elements <n> nested in one another, the innermost holding text (or
-// nothing when text is empty). Written without recursion.
+// depth elements <n> nested in one another, the innermost holding text.
+// Written without recursion.
 std::string nested_document(int depth, const std::string& text);
-
-// text with &, <, >, " and ' escaped.
-std::string xml_escape(const std::string& text);
 
 }  // namespace zortest

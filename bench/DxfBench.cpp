@@ -4,8 +4,6 @@
 //   zormodel_dxf_bench --write-drawing=PATH   (the same drawing, for the peers)
 #include <benchmark/benchmark.h>
 
-#include <cmath>
-#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -14,70 +12,14 @@
 #include <string>
 #include <vector>
 
+#include "BenchInputs.h"
 #include "ZORModelIo.h"
 #include "dxf/DxfParse.h"
-#include "support/DxfWriter.h"
 
 namespace {
 
 constexpr int kLayers = 10;
 constexpr int kPerLayer = 20000;
-
-// The reader's arc end point: the cosine and sine rounded to float, so that
-// the lines written here meet the arcs exactly.
-double single(double v) {
-    volatile float f = static_cast<float>(v);
-    return f;
-}
-
-std::string make_drawing() {
-    struct Entity {
-        bool arc;
-        double a, b, c, d;  // line: x0 y0 x1 y1; arc: cx cy start end (radius 100)
-        int layer;
-    };
-    const double k = 0.0174532925199433, radius = 100.0;
-    std::vector<Entity> entities;
-    std::uint64_t state = 0x2545F4914F6CDD1DULL;
-    auto next = [&state] {
-        state ^= state << 13;
-        state ^= state >> 7;
-        state ^= state << 17;
-        return state;
-    };
-    for (int layer = 0; layer < kLayers; ++layer) {
-        const double cx = 300.0 * layer, cy = 50.0 * layer;
-        auto angle = [](int i) { return 360.0 * i / kPerLayer; };
-        auto point = [&](int i, double* x, double* y) {
-            if (i == kPerLayer) i = 0;
-            *x = single(std::cos(angle(i) * k)) * radius + cx;
-            *y = single(std::sin(angle(i) * k)) * radius + cy;
-        };
-        for (int i = 0; i < kPerLayer; ++i) {
-            if (i % 3 == 0 && i + 1 < kPerLayer) {
-                entities.push_back({true, cx, cy, angle(i), angle(i + 1), layer});
-                continue;
-            }
-            double x0, y0, x1, y1;
-            point(i, &x0, &y0);
-            point(i + 1, &x1, &y1);
-            if (next() & 1)
-                entities.push_back({false, x0, y0, x1, y1, layer});
-            else
-                entities.push_back({false, x1, y1, x0, y0, layer});
-        }
-    }
-    for (size_t i = entities.size() - 1; i > 0; --i) std::swap(entities[i], entities[next() % (i + 1)]);
-    zortest::DxfWriter w({true, true, true});
-    for (const Entity& e : entities) {
-        const std::string layer = "Layer" + std::to_string(e.layer);
-        if (e.arc)
-            w.Arc(e.a, e.b, radius, e.c, e.d, layer);
-        else
-            w.Line(e.a, e.b, e.c, e.d, layer);
-    }
-    return w.Text();
-}
 
 std::string g_drawing;  // path of the drawing
 std::string g_outDir;
@@ -161,7 +103,7 @@ BENCHMARK(BM_Dxf_WriteOnly)->Unit(benchmark::kMillisecond);
 int main(int argc, char** argv) {
     for (int i = 1; i < argc; ++i) {
         if (std::strncmp(argv[i], "--write-drawing=", 16) == 0) {
-            std::ofstream(argv[i] + 16, std::ios::binary) << make_drawing();
+            std::ofstream(argv[i] + 16, std::ios::binary) << zorbench::make_dxf_drawing(kLayers, kPerLayer);
             return 0;
         }
     }
@@ -169,7 +111,7 @@ int main(int argc, char** argv) {
     std::filesystem::create_directories(dir);
     g_outDir = dir.string();
     g_drawing = (dir / "drawing.dxf").string();
-    std::ofstream(g_drawing, std::ios::binary) << make_drawing();
+    std::ofstream(g_drawing, std::ios::binary) << zorbench::make_dxf_drawing(kLayers, kPerLayer);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();

@@ -7,21 +7,17 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <random>
 #include <string>
 #include <vector>
 
+#include "BenchInputs.h"
 #include "objectfile/MWZORFile.h"
 #include "objectfile/ObjectFileState.h"
-#include "support/ObjectFileWriter.h"
 #include "support/TempDir.h"
 
 namespace {
 
-// Eight different meshes of 1000 vertices and 2000 triangles, repeated until
-// the file reaches the wanted size. The generator is seeded: every run reads
-// the same bytes.
+// The object file of BenchInputs.h, written once into a temporary folder.
 struct MeshFile {
     zortest::TempDir dir;
     std::string path;
@@ -31,38 +27,12 @@ struct MeshFile {
 
     MeshFile() {
         const char* mb = std::getenv("ZOR_BENCH_MB");
-        const long long target = (mb != nullptr ? std::atoll(mb) : 100) * 1000 * 1000;
-        std::mt19937 rng(12345);
-        std::uniform_real_distribution<double> coordinate(-500.0, 500.0);
-        std::vector<std::string> records;
-        for (int m = 0; m < 8; ++m) {
-            zortest::Geometry g;
-            for (int v = 0; v < 1000; ++v) {
-                // Six decimals, as an application writes them.
-                auto round6 = [](double x) { return static_cast<double>(static_cast<long long>(x * 1e6)) / 1e6; };
-                g.vertices.push_back({round6(coordinate(rng)), round6(coordinate(rng)), round6(coordinate(rng))});
-            }
-            for (int t = 0; t < 2000; ++t)
-                g.triangles.push_back(
-                    {static_cast<int>(rng() % 1000), static_cast<int>(rng() % 1000), static_cast<int>(rng() % 1000)});
-            zortest::ObjectFileWriter w(115);
-            w.mesh("mesh" + std::to_string(m), g);
-            std::string text;
-            for (const std::string& line : w.body()) text += line + "\n";
-            records.push_back(std::move(text));
-        }
         path = dir.file("meshes.obj");
-        std::ofstream out(path, std::ios::binary);
-        const std::string version = zortest::ObjectFileWriter(115).versionLine() + "\n";
-        out << version;
-        bytes = static_cast<long long>(version.size());
-        while (bytes < target) {
-            const std::string& record = records[static_cast<std::size_t>(meshes % 8)];
-            out << record;
-            bytes += static_cast<long long>(record.size());
-            ++meshes;
-        }
-        corners = meshes * 6000;
+        const zorbench::InputStats stats =
+            zorbench::write_mesh_object_file(path, (mb != nullptr ? std::atoll(mb) : 100) * 1000 * 1000);
+        bytes = stats.bytes;
+        meshes = stats.detail;
+        corners = stats.items * 3;
     }
 };
 

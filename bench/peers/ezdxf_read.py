@@ -1,11 +1,21 @@
-"""ezdxf on a drawing, for bench/dxf-compare: read, iterate LINE and ARC,
-chain them by end points (1e-4 grid) per layer. Prints the best of N runs in CPU time.
-    /usr/bin/python3 ezdxf_read.py DRAWING [N]"""
+"""ezdxf on a drawing, for bench/run: read it, iterate its LINE and ARC
+entities and chain them by end points per layer (0.0001 grid, a miss looked up
+in the neighbouring cells). Prints one line for one run:
+    zorbench tool=ezdxf wall_ms=W cpu_ms=C peak_kb=K check=CONTOURS
+Debian's ezdxf is installed for Debian's own python:
+    /usr/bin/python3 ezdxf_read.py DRAWING"""
 import math
+import resource
 import sys
 import time
 
 import ezdxf
+
+GRID = 1e4
+
+
+def key(x, y):
+    return (round(x * GRID), round(y * GRID))
 
 
 def run(path):
@@ -25,7 +35,16 @@ def run(path):
         at = {}
         for i, ends in enumerate(segments):
             for j, (x, y) in enumerate(ends):
-                at.setdefault((round(x * 1e4), round(y * 1e4)), []).append((i, j))
+                at.setdefault(key(x, y), []).append((i, j))
+
+        def joined(i, x, y):
+            kx, ky = key(x, y)
+            for dx, dy in ((0, 0), (-1, 0), (1, 0), (0, -1), (0, 1), (-1, -1), (-1, 1), (1, -1), (1, 1)):
+                for p in at.get((kx + dx, ky + dy), ()):
+                    if p[0] != i:
+                        return p
+            return None
+
         seen = [False] * len(segments)
         for start in range(len(segments)):
             if seen[start]:
@@ -35,24 +54,28 @@ def run(path):
             while not seen[i]:
                 seen[i] = True
                 x, y = segments[i][1 - j]
-                nxt = [p for p in at[(round(x * 1e4), round(y * 1e4))] if p[0] != i]
-                if not nxt:
+                nxt = joined(i, x, y)
+                if nxt is None:
                     break
-                i, j = nxt[0]
+                i, j = nxt
     return contours
 
 
+def peak_kb():
+    # VmHWM: ru_maxrss after exec starts from the parent's size at fork.
+    with open("/proc/self/status") as status:
+        for line in status:
+            if line.startswith("VmHWM:"):
+                return int(line.split()[1])
+    return resource.getrusage(resource.RUSAGE_SELF).ru_maxrss
+
+
 def main():
-    path = sys.argv[1]
-    runs = int(sys.argv[2]) if len(sys.argv) > 2 else 1
-    best, best_wall, contours = 1e300, 0.0, 0
-    for _ in range(runs):
-        t0, c0 = time.perf_counter(), time.process_time()
-        contours = run(path)
-        cpu, wall = (time.process_time() - c0) * 1000, (time.perf_counter() - t0) * 1000
-        if cpu < best:
-            best, best_wall = cpu, wall
-    print("ezdxf %.1f ms CPU, %.1f ms wall (%d contours)" % (best, best_wall, contours))
+    t0, c0 = time.perf_counter(), time.process_time()
+    contours = run(sys.argv[1])
+    cpu, wall = (time.process_time() - c0) * 1000, (time.perf_counter() - t0) * 1000
+    peak = peak_kb()
+    print("zorbench tool=ezdxf wall_ms=%.3f cpu_ms=%.3f peak_kb=%d check=%d" % (wall, cpu, peak, contours))
 
 
 main()

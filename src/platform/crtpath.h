@@ -120,4 +120,16 @@ inline std::FILE* open_file(const char* path, const char* mode) {
     return std::fopen(native_path(path).c_str(), mode);
 }
 
+// Appends the whole content of the file at path (opened as open_file does) to
+// bytes; false when it cannot be opened.
+inline bool read_whole_file(const char* path, std::string& bytes) {
+    std::FILE* file = open_file(path, "rb");
+    if (file == nullptr) return false;
+    char chunk[65536];
+    std::size_t got;
+    while ((got = std::fread(chunk, 1, sizeof chunk, file)) > 0) bytes.append(chunk, got);
+    std::fclose(file);
+    return true;
+}
+
 }  // namespace zor

@@ -58,17 +58,6 @@ bool starts_with(const CString& line, const char* prefix) {
     return std::strncmp(line.GetString(), prefix, std::strlen(prefix)) == 0;
 }
 
-// The whole file, or false when it cannot be opened.
-bool load_file(const CString& path, std::string& bytes) {
-    std::FILE* file = zor::open_file(path.GetString(), "rb");
-    if (file == nullptr) return false;
-    char chunk[65536];
-    size_t got;
-    while ((got = std::fread(chunk, 1, sizeof chunk, file)) > 0) bytes.append(chunk, got);
-    std::fclose(file);
-    return true;
-}
-
 }  // namespace
 
 bool CMWZORSegmentArray::WriteNativeFile(const CString& path, const char* magic, const double* zRange) const {
@@ -171,7 +160,7 @@ bool CMWZORExtrude::WriteFile(CString path, double zMin, double zMax) {
 
 bool CMWZORExtrude::ResadFile(CString path, unsigned int unit) {
     std::string bytes;
-    if (!load_file(path, bytes)) return false;
+    if (!zor::read_whole_file(path.GetString(), bytes)) return false;
     double zRange[2] = {m_zMin, m_zMax};
     ReadNativeText(bytes.data(), bytes.size(), unit, zRange);
     m_zMin = zRange[0];
@@ -204,7 +193,7 @@ bool CMWZORSweep::WriteFile(CString path) { return WriteNativeFile(path, kSweepM
 
 bool CMWZORSweep::ResadFile(CString path, unsigned int unit) {
     std::string bytes;
-    if (!load_file(path, bytes)) return false;
+    if (!zor::read_whole_file(path.GetString(), bytes)) return false;
     ReadNativeText(bytes.data(), bytes.size(), unit, nullptr);
     return true;
 }

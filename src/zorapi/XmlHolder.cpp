@@ -51,16 +51,6 @@ pugi::xml_node next_element(pugi::xml_node node) {
     return node;
 }
 
-bool read_whole_file(const char* path, std::string& bytes) {
-    std::FILE* file = open_file(path, "rb");
-    if (file == nullptr) return false;
-    char chunk[65536];
-    size_t got;
-    while ((got = std::fread(chunk, 1, sizeof chunk, file)) > 0) bytes.append(chunk, got);
-    std::fclose(file);
-    return true;
-}
-
 }  // namespace
 
 bool equal_no_case(const char* a, const char* b) {

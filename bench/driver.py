@@ -124,8 +124,8 @@ def note(message):
 
 
 def generate(build, folder, inputs, quick):
-    specs = ["%s=%s:%d" % (i.name, i.kind, i.quick if quick else i.full) for i in inputs]
-    out = subprocess.run([os.path.join(build, "bench", "zorbench_inputs"), folder, *specs],
+    requests = ["%s=%s:%d" % (i.name, i.kind, i.quick if quick else i.full) for i in inputs]
+    out = subprocess.run([os.path.join(build, "bench", "zorbench_inputs"), folder, *requests],
                          check=True, stdout=subprocess.PIPE, text=True).stdout
     by_name = {i.name: i for i in inputs}
     for line in LINE.findall(out):

@@ -19,14 +19,14 @@ int main(int argc, char** argv) {
     const std::string dir = argv[1];
     try {
         for (int i = 2; i < argc; ++i) {
-            const std::string spec = argv[i];
-            const auto equals = spec.find('='), colon = spec.rfind(':');
+            const std::string request = argv[i];
+            const auto equals = request.find('='), colon = request.rfind(':');
             if (equals == std::string::npos || colon == std::string::npos || colon < equals) {
                 std::fprintf(stderr, "zorbench_inputs: bad input %s\n", argv[i]);
                 return 2;
             }
-            const std::string name = spec.substr(0, equals), kind = spec.substr(equals + 1, colon - equals - 1);
-            const long long size = std::atoll(spec.c_str() + colon + 1);
+            const std::string name = request.substr(0, equals), kind = request.substr(equals + 1, colon - equals - 1);
+            const long long size = std::atoll(request.c_str() + colon + 1);
             std::string path = dir + "/" + name;
             zorbench::InputStats stats;
             if (kind == "objectfile") {

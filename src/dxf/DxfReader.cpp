@@ -2,48 +2,91 @@
 // and ARC entities grouped by layer, each layer chained and written.
 #include "dxf/DxfReader.h"
 
+#include <array>
 #include <charconv>
 #include <climits>
+#include <cstdint>
 #include <cstdlib>
+#include <memory>
 #include <string>
 #include <unordered_map>
 
 #include "dxf/DxfParse.h"
 #include "platform/afxfile.h"
 #include "profile/MWZORProfile.h"
+#include "profile/NativeProfileText.h"
 #include "profile/SegmentContoursInternal.h"
 
 namespace zor {
 
 namespace {
 
-bool is_delimiter(char c) { return c == ' ' || c == '\r' || c == '\n'; }
-// White space trimmed off a token: what is left of it once blank, CR and LF cut.
-bool is_token_space(char c) { return c == '\t' || c == '\v' || c == '\f'; }
+// Byte classes of the tokeniser: the delimiters strtok was given (blank, CR,
+// LF) and the white space trimmed off a token once cut (tab, VT, FF). The
+// tab is no delimiter: "\t256" is one token, "256" once trimmed.
+constexpr unsigned char kDelimiter = 1;
+constexpr unsigned char kTrimmed = 2;
+constexpr std::array<unsigned char, 256> kByteClass = [] {
+    std::array<unsigned char, 256> classes{};
+    classes[' '] = classes['\r'] = classes['\n'] = kDelimiter;
+    classes['\t'] = classes['\v'] = classes['\f'] = kTrimmed;
+    return classes;
+}();
 
-// strtok(buffer, " \r\n") over the drawing, each token trimmed. The tab is
-// no delimiter: "\t256" is one token, "256" once trimmed. The old reader kept
+bool is(char c, unsigned char byteClass) { return kByteClass[static_cast<unsigned char>(c)] == byteClass; }
+
+// "-ddd.ddd" with a mantissa of at most 2^53 and at most 22 decimals: the
+// mantissa and the power of ten are both exact doubles, so one correctly
+// rounded division gives the correctly rounded value, the one strtod gives.
+// Most coordinates in drawings are so written; false for anything else.
+bool short_decimal(std::string_view t, double& value) {
+    static constexpr double kPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                                         1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+    size_t i = 0;
+    const bool negative = !t.empty() && t[0] == '-';
+    if (negative) ++i;
+    std::uint64_t mantissa = 0;
+    int digits = 0, decimals = 0;
+    bool point = false;
+    for (; i < t.size(); ++i) {
+        const char c = t[i];
+        if (c >= '0' && c <= '9') {
+            if (++digits > 19) return false;  // mantissa would overflow
+            mantissa = mantissa * 10 + static_cast<unsigned>(c - '0');
+            decimals += point ? 1 : 0;
+        } else if (c == '.' && !point) {
+            point = true;
+        } else {
+            return false;
+        }
+    }
+    if (digits == 0 || mantissa > (std::uint64_t{1} << 53) || decimals > 22) return false;
+    const double v = static_cast<double>(mantissa) / kPowers[decimals];
+    value = negative ? -v : v;
+    return true;
+}
+
+// strtok(buffer, " \r\n") over the drawing, each token trimmed. The old reader kept
 // the token in one module-wide string; nothing outside a read can see it, so
 // it lives here.
 class Tokens {
 public:
-    explicit Tokens(std::string_view text) : m_rest(text) {}
+    explicit Tokens(std::string_view text) : m_next(text.data()), m_end(text.data() + text.size()) {}
 
     // The next token into token(); false at the end of the text.
     bool Next() {
-        size_t i = 0;
-        while (i < m_rest.size() && is_delimiter(m_rest[i])) ++i;
-        if (i == m_rest.size()) {
-            m_rest = {};
+        const char* p = m_next;
+        while (p != m_end && is(*p, kDelimiter)) ++p;
+        if (p == m_end) {
+            m_next = m_end;
             return false;
         }
-        size_t j = i;
-        while (j < m_rest.size() && !is_delimiter(m_rest[j])) ++j;
-        std::string_view token = m_rest.substr(i, j - i);
-        m_rest.remove_prefix(j);
-        while (!token.empty() && is_token_space(token.front())) token.remove_prefix(1);
-        while (!token.empty() && is_token_space(token.back())) token.remove_suffix(1);
-        m_token = token;
+        const char* q = p + 1;
+        while (q != m_end && !is(*q, kDelimiter)) ++q;
+        m_next = q;
+        while (p != q && is(*p, kTrimmed)) ++p;
+        while (q != p && is(q[-1], kTrimmed)) --q;
+        m_token = std::string_view(p, static_cast<size_t>(q - p));
         return true;
     }
 
@@ -65,17 +108,20 @@ public:
         return v > INT_MAX ? INT_MAX : v < INT_MIN ? INT_MIN : static_cast<int>(v);
     }
 
-    // atof of the token: from_chars when it reads the whole token (the same
-    // correctly rounded value), else the C library on a terminated copy.
+    // atof of the token: short_decimal where it applies, else from_chars when
+    // it reads the whole token (the same correctly rounded value), else the C
+    // library on a terminated copy.
     double Number() const {
         double v = 0.0;
+        if (short_decimal(m_token, v)) return v;
         auto [end, error] = std::from_chars(m_token.data(), m_token.data() + m_token.size(), v);
         if (error == std::errc() && end == m_token.data() + m_token.size()) return v;
         return std::strtod(std::string(m_token).c_str(), nullptr);
     }
 
 private:
-    std::string_view m_rest;
+    const char* m_next;
+    const char* m_end;
     std::string_view m_token;
 };
 
@@ -90,10 +136,14 @@ bool equal_no_case(std::string_view a, std::string_view b) {
     return true;
 }
 
-std::string fold_case(std::string_view name) {
-    std::string key(name);
+void fold_case_in_place(std::string& key) {
     for (char& c : key)
         if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+}
+
+std::string fold_case(std::string_view name) {
+    std::string key(name);
+    fold_case_in_place(key);
     return key;
 }
 
@@ -107,7 +157,8 @@ public:
 
     // Group code 8.
     void Select(std::string_view name, DxfDrawing& drawing) {
-        drawing.lastLayerName = CString(name);
+        m_lastName = name;
+        m_named = true;
         if (equal_no_case(m_current->m_name.view(), name)) return;
         // Entities read before the first group 8 join the first named layer.
         // Only the layer that exists before any entity is renamed: a layer
@@ -117,7 +168,10 @@ public:
             return;
         }
         if (m_initial) Store(std::move(m_initial), drawing);
-        auto found = m_index.find(fold_case(name));
+        // Folded into a kept buffer: no allocation per entity.
+        m_key.assign(name.data(), name.size());
+        fold_case_in_place(m_key);
+        auto found = m_index.find(m_key);
         if (found != m_index.end()) {
             m_current = drawing.layers[found->second].get();
             return;
@@ -130,6 +184,7 @@ public:
 
     // End of the section: the first layer is stored unless it never got a name.
     void Finish(DxfDrawing& drawing) {
+        if (m_named) drawing.lastLayerName = CString(m_lastName);
         if (m_initial && m_initial->m_name.CompareNoCase("none") != 0) Store(std::move(m_initial), drawing);
         m_initial.reset();
         m_current = nullptr;
@@ -144,6 +199,9 @@ private:
     std::unique_ptr<Layer> m_initial;  // until stored
     Layer* m_current;
     std::unordered_map<std::string, size_t> m_index;
+    std::string m_key;
+    std::string_view m_lastName;  // into the drawing's bytes
+    bool m_named = false;
 };
 
 // Reading state shared by all entities: the latest x and y carry over from
@@ -286,17 +344,32 @@ bool parse_dxf(std::string_view bytes, DxfDrawing& drawing) {
     return true;
 }
 
-LayerContours::LayerContours(const Layer& layer) {
+LayerContours::LayerContours(const Layer& layer, LayerScratch* scratch)
+    : m_work(scratch != nullptr ? *scratch : m_own) {
     const long long count =
         layer.GetCount() < layer.m_entities.GetSize() ? layer.GetCount() : layer.m_entities.GetSize();
     m_entityCount = static_cast<int>(count);
-    m_points.resize(3 * static_cast<size_t>(count));
-    m_records.reserve(static_cast<size_t>(count));
+    std::vector<Segment_end>& points = m_work.points;
+    std::vector<Segment_ord>& records = m_work.records;
+    points.clear();
+    points.resize(3 * static_cast<size_t>(count));
+    records.clear();
+    records.reserve(static_cast<size_t>(count));
+    m_work.entities.clear();
+    m_work.positions.clear();
     for (long long i = 0; i < count; ++i) {
+        // The entities lie wherever they were allocated, mixed with those of
+        // other layers: ask for them a few ahead.
+        constexpr long long kAhead = 8;
+        if (i + kAhead < count) {
+            const char* ahead = reinterpret_cast<const char*>(layer.m_entities[i + kAhead]);
+            __builtin_prefetch(ahead);
+            __builtin_prefetch(ahead + 64);
+        }
         const CObject* entity = layer.m_entities[i];
         if (entity == nullptr) continue;
         Segment_ord record{};
-        Segment_end* ends = &m_points[3 * m_records.size()];
+        Segment_end* ends = &points[3 * records.size()];
         auto set = [](Segment_end& p, const double* v) {
             p.x = v[0];
             p.y = v[1];
@@ -323,60 +396,54 @@ LayerContours::LayerContours(const Layer& layer) {
         record.end[0] = &ends[0];
         record.end[1] = &ends[1];
         record.inputNumber = static_cast<int>(i);
-        m_records.push_back(record);
-        m_entities.push_back(entity);
-        m_positions.push_back(static_cast<int>(i));
+        records.push_back(record);
+        m_work.entities.push_back(entity);
+        m_work.positions.push_back(static_cast<int>(i));
     }
-    for (size_t i = 0; i < m_records.size(); ++i) {
-        m_records[i].next = i + 1 < m_records.size() ? &m_records[i + 1] : nullptr;
-        m_records[i].previous = i > 0 ? &m_records[i - 1] : nullptr;
+    for (size_t i = 0; i < records.size(); ++i) {
+        records[i].next = i + 1 < records.size() ? &records[i + 1] : nullptr;
+        records[i].previous = i > 0 ? &records[i - 1] : nullptr;
     }
     Segment_settings settings{};
     settings.tolerance = 0.0001;
-    m_result = build_segment_contours(settings, m_records.empty() ? nullptr : m_records.data());
+    m_result = build_segment_contours(settings, records.empty() ? nullptr : records.data(), &m_work.contours);
 }
 
 LayerContours::~LayerContours() { release_segment_contours(m_result); }
 
-void LayerContours::AppendFirstChain(CMWZORSegmentArray& profile) const {
-    // Only the chain through the layer's first entity is written, from that
-    // entity on: the host takes one profile per layer.
-    bool startedByLine = false;
-    int walked = 0;
-    for (const Segment_ord* r = first(); r != nullptr && walked < m_entityCount; r = r->nextInContour, ++walked) {
-        const Segment_end& a = *r->end[0];
-        const Segment_end& b = *r->end[1];
-        if (r->kind == 2) {
-            if (walked == 0) profile.AddPoint(a.x, a.y, a.z);
-            const Segment_end& c = *r->centre;
-            // DXF arcs run counter-clockwise from their start angle; entered
-            // from the end point, the arc is clockwise.
-            profile.AddArc(c.x, c.y, c.z, b.x, b.y, b.z, r->sense == 1 ? IO_CCLW : IO_CLW);
-        } else if (walked == 0) {
-            profile.AddPoint(a.x, a.y, a.z);
-            profile.AddPoint(b.x, b.y, b.z);
-            startedByLine = true;
-        } else if (startedByLine) {
-            // A chain that starts with an arc leaves its lines out. Profiles
-            // written so are in use, so this stays.
-            profile.AddPoint(b.x, b.y, b.z);
-        }
-    }
-}
+namespace {
 
-void write_dxf_layer(const Layer& layer, const CString& path, unsigned int unit, bool sweep) {
-    LayerContours contours(layer);
-    if (sweep) {
-        CMWZORSweep profile;
-        profile.SetUnit(static_cast<int>(unit));
-        contours.AppendFirstChain(profile);
-        profile.WriteFile(path);
-    } else {
-        CMWZORExtrude profile;
-        profile.SetUnit(static_cast<int>(unit));
-        contours.AppendFirstChain(profile);
-        profile.WriteFile(path, 0.0, 1.0);
+// What AppendFirstChain adds, straight into the file's text: the same lines a
+// new CMWZORExtrude or CMWZORSweep (scale 1) would write, without building
+// the list.
+class ChainText {
+public:
+    explicit ChainText(NativeProfileText& text) : m_text(text) {}
+
+    void AddPoint(double x, double y, double z) { m_text.Line(x, y, z); }
+    void AddArc(double cx, double cy, double cz, double ex, double ey, double ez, m_IOenumType type) {
+        const double centre[3] = {cx, cy, cz};
+        const double axis[3] = {0.0, 0.0, type == IO_CCLW ? 1.0 : -1.0};
+        const double end[3] = {ex, ey, ez};
+        m_text.Arc(type, centre, axis, end);
     }
+
+private:
+    NativeProfileText& m_text;
+};
+
+}  // namespace
+
+void write_dxf_layer(const Layer& layer, const CString& path, unsigned int unit, bool sweep, LayerScratch* scratch) {
+    LayerContours contours(layer, scratch);
+    const double zRange[2] = {0.0, 1.0};
+    NativeProfileText text(path.GetString(), sweep ? kSweepMagic : kExtrudeMagic, sweep ? nullptr : zRange);
+    if (!text.ok()) return;
+    // A new list's unit (1) unless SetUnit takes the one given, and its
+    // tolerance.
+    text.Body(unit == 1 || unit == 2 ? static_cast<int>(unit) : 1, CMWZORSegmentArray().m_tolerance);
+    ChainText chain(text);
+    contours.AppendFirstChain(chain);
 }
 
 CString* read_dxf_buffer(std::string_view bytes, const CString& outPath, unsigned int unit, bool sweep) {
@@ -390,12 +457,13 @@ CString* read_dxf_buffer(std::string_view bytes, const CString& outPath, unsigne
     }
     const size_t count = drawing.layers.size();
     CString* names = new CString[count + 1];
+    LayerScratch scratch;  // one working memory for every layer
     for (size_t i = 0; i < count; ++i) {
         const Layer& layer = *drawing.layers[i];
         CString path = outPath;
         if (count > 1) path.Insert(path.GetLength() - 4, "_Layer_Name_" + layer.m_name);
         names[i] = path;
-        write_dxf_layer(layer, path, unit, sweep);
+        write_dxf_layer(layer, path, unit, sweep, &scratch);
     }
     return names;  // names[count] is the empty terminator
 }
@@ -405,10 +473,12 @@ CString* read_dxf_buffer(std::string_view bytes, const CString& outPath, unsigne
 CString* ReadDxf(CString dxfPath, CString outPath, unsigned int unit, unsigned int /*reserved*/, bool sweep) {
     CFile file;
     if (!file.Open(dxfPath.GetString(), CFile::modeRead | CFile::typeBinary)) return nullptr;
-    std::string bytes(static_cast<size_t>(file.GetLength()), '\0');
-    bytes.resize(file.Read(bytes.data(), static_cast<unsigned int>(bytes.size())));
+    // Not zero-filled first: the read writes every byte that is used.
+    const auto size = static_cast<size_t>(file.GetLength());
+    std::unique_ptr<char[]> bytes(new char[size == 0 ? 1 : size]);
+    const size_t got = file.Read(bytes.get(), static_cast<unsigned int>(size));
     file.Close();
-    return zor::read_dxf_buffer(bytes, outPath, unit, sweep);
+    return zor::read_dxf_buffer(std::string_view(bytes.get(), got), outPath, unit, sweep);
 }
 
 void Delete_Names(CString* names, int /*count*/) { delete[] names; }

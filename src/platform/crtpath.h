@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include <sys/stat.h>
 #include <unistd.h>
 #include <cstring>
 
@@ -111,13 +112,29 @@ inline std::string native_path(const char* path) {
     return p;
 }
 
+namespace detail {
+
+// fopen as Windows does it: a folder is no file to open (POSIX opens one for
+// reading, and its "length" is then any number).
+inline std::FILE* fopen_file(const char* path, const char* mode) {
+    std::FILE* f = std::fopen(path, mode);
+    struct stat info {};
+    if (f != nullptr && fstat(fileno(f), &info) == 0 && S_ISDIR(info.st_mode)) {
+        std::fclose(f);
+        return nullptr;
+    }
+    return f;
+}
+
+}  // namespace detail
+
 // fopen that also tries the path with every "\\" turned into "/" when the path
-// as given cannot be opened.
+// as given cannot be opened. Folders are not opened.
 inline std::FILE* open_file(const char* path, const char* mode) {
     if (path == nullptr) return nullptr;
-    std::FILE* f = std::fopen(path, mode);
+    std::FILE* f = detail::fopen_file(path, mode);
     if (f != nullptr || std::strchr(path, '\\') == nullptr) return f;
-    return std::fopen(native_path(path).c_str(), mode);
+    return detail::fopen_file(native_path(path).c_str(), mode);
 }
 
 // Appends the whole content of the file at path (opened as open_file does) to

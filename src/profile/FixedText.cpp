@@ -35,12 +35,9 @@ bool fixed6_direct() {
     return std::fegetround() == FE_TONEAREST && point[0] == '.' && point[1] == '\0';
 }
 
-void append_fixed6(std::string& out, double value, bool direct) {
+char* put_fixed6(char* at, double value) {
     const double magnitude = std::fabs(value);
-    if (!direct || !(magnitude < kDirectLimit)) {  // also NaN and infinity
-        append_printf(out, value);
-        return;
-    }
+    if (!(magnitude < kDirectLimit)) return nullptr;  // also NaN and infinity
     // magnitude = m * 2^e exactly; printf prints the exact value rounded to
     // six decimals, ties to even. m * 10^6 < 2^73 fits 128 bits.
     std::uint64_t bits;
@@ -66,25 +63,44 @@ void append_fixed6(std::string& out, double value, bool direct) {
         const U128 half = static_cast<U128>(1) << (shift - 1);
         if (rest > half || (rest == half && (millionths & 1) != 0)) ++millionths;
     }
-    const auto whole = static_cast<std::uint64_t>(millionths / 1000000u);
-    auto fraction = static_cast<unsigned>(millionths % 1000000u);
+    std::uint64_t whole;
+    unsigned fraction;
+    if ((millionths >> 64) == 0) {  // below 2^64 / 10^6: no 128-bit division
+        const auto small = static_cast<std::uint64_t>(millionths);
+        whole = small / 1000000u;
+        fraction = static_cast<unsigned>(small % 1000000u);
+    } else {
+        whole = static_cast<std::uint64_t>(millionths / 1000000u);
+        fraction = static_cast<unsigned>(millionths % 1000000u);
+    }
 
-    char text[40];
+    char text[kFixed6Max];
     char* p = text + sizeof text;
     for (int i = 0; i < 6; ++i) {
         *--p = static_cast<char>('0' + fraction % 10);
         fraction /= 10;
     }
     *--p = '.';
-    std::uint64_t w = whole;
     do {
-        *--p = static_cast<char>('0' + w % 10);
-        w /= 10;
-    } while (w != 0);
+        *--p = static_cast<char>('0' + whole % 10);
+        whole /= 10;
+    } while (whole != 0);
     // printf keeps the sign of every negative value, -0.0 and those that
     // round to zero included.
     if (std::signbit(value)) *--p = '-';
-    out.append(p, static_cast<std::size_t>(text + sizeof text - p));
+    const auto length = static_cast<std::size_t>(text + sizeof text - p);
+    std::memcpy(at, p, length);
+    return at + length;
+}
+
+void append_fixed6(std::string& out, double value, bool direct) {
+    char text[kFixed6Max];
+    const char* end = direct ? put_fixed6(text, value) : nullptr;
+    if (end == nullptr) {
+        append_printf(out, value);
+        return;
+    }
+    out.append(text, static_cast<std::size_t>(end - text));
 }
 
 }  // namespace zor

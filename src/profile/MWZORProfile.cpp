@@ -5,15 +5,13 @@
 #include <string>
 
 #include "platform/crtpath.h"
+#include "profile/NativeProfileText.h"
 #include "profile/TextFormat.h"
 
 IMPLEMENT_DYNAMIC(CMWZORExtrude, CMWZORSegmentArray)
 IMPLEMENT_DYNAMIC(CMWZORSweep, CMWZORSegmentArray)
 
 namespace {
-
-constexpr char kExtrudeMagic[] = "KOLP EXTRUDE FILE\n";
-constexpr char kSweepMagic[] = "KOLP SWEEP FILE\n";
 
 // The files are read with a 100-byte line buffer: fgets hands out at most 99
 // bytes, so a longer line arrives in pieces. The pieces after the first
@@ -61,14 +59,9 @@ bool starts_with(const CString& line, const char* prefix) {
 }  // namespace
 
 bool CMWZORSegmentArray::WriteNativeFile(const CString& path, const char* magic, const double* zRange) const {
-    std::FILE* file = zor::open_file(path.GetString(), "w");
-    if (file == nullptr) return false;
-    std::fputs(magic, file);
-    // The version written is always 1, whatever the list carries.
-    std::fputs("Version < 1 >\n", file);
-    if (zRange != nullptr) std::fputs(zor::format_text("Z < %lf %lf >\n", zRange[0], zRange[1]).c_str(), file);
-    WriteBody(file);
-    std::fclose(file);
+    zor::NativeProfileText text(path.GetString(), magic, zRange);
+    if (!text.ok()) return false;
+    WriteBody(text);
     return true;
 }
 
@@ -152,7 +145,7 @@ CMWZORExtrude::~CMWZORExtrude() = default;
 bool CMWZORExtrude::WriteFile(CString path, double zMin, double zMax) {
     const double zRange[2] = {zMin, zMax};
     // The Z range is stored only when the file could be created.
-    if (!WriteNativeFile(path, kExtrudeMagic, zRange)) return false;
+    if (!WriteNativeFile(path, zor::kExtrudeMagic, zRange)) return false;
     m_zMin = zMin;
     m_zMax = zMax;
     return true;
@@ -189,7 +182,7 @@ CMWZORSweep::CMWZORSweep() = default;
 
 CMWZORSweep::~CMWZORSweep() = default;
 
-bool CMWZORSweep::WriteFile(CString path) { return WriteNativeFile(path, kSweepMagic, nullptr); }
+bool CMWZORSweep::WriteFile(CString path) { return WriteNativeFile(path, zor::kSweepMagic, nullptr); }
 
 bool CMWZORSweep::ResadFile(CString path, unsigned int unit) {
     std::string bytes;

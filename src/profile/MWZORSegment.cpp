@@ -3,8 +3,7 @@
 
 #include <string>
 
-#include "profile/FixedText.h"
-#include "profile/TextFormat.h"
+#include "profile/NativeProfileText.h"
 
 IMPLEMENT_DYNAMIC(CMWZORSegment, CObject)
 IMPLEMENT_DYNAMIC(CMWZORSegmentArray, CObject)
@@ -25,52 +24,34 @@ bool CMWZORSegment::GetArcStep(double*, double*) { return true; }
 
 namespace {
 
-void append_numbers(std::string& out, const CMWZORPoint& p, bool direct) {
-    zor::append_fixed6(out, p.x, direct);
-    out += ' ';
-    zor::append_fixed6(out, p.y, direct);
-    out += ' ';
-    zor::append_fixed6(out, p.z, direct);
-}
-
-// Appends the segment's text line: "LINE < %lf %lf %lf >\n", or for an arc
-// "CLW < " / "CCLW < " and nine "%lf" numbers (centre, axis, end) separated
-// by blanks, then ">\n". Nothing for another type or a missing point.
-void append_segment_text(std::string& out, const CMWZORSegment& segment, bool direct) {
+// The segment's text line; nothing for another type or a missing point.
+void write_segment(zor::NativeProfileText& text, const CMWZORSegment& segment) {
     const CMWZORPointArray& points = segment.m_points;
+    auto coordinates = [](const CMWZORPoint& p, double* out) {
+        out[0] = p.x;
+        out[1] = p.y;
+        out[2] = p.z;
+    };
     if (segment.m_type == IO_LINE) {
         if (points.GetSize() < 1 || points[0] == nullptr) return;
-        out += "LINE < ";
-        append_numbers(out, *points[0], direct);
-        out += " >\n";
+        text.Line(points[0]->x, points[0]->y, points[0]->z);
     } else if (segment.m_type == IO_CLW || segment.m_type == IO_CCLW) {
         if (points.GetSize() < 3) return;
-        const CMWZORPoint* c = points[0];
-        const CMWZORPoint* a = points[1];
-        const CMWZORPoint* e = points[2];
-        if (c == nullptr || a == nullptr || e == nullptr) return;
-        out += segment.m_type == IO_CLW ? "CLW < " : "CCLW < ";
-        append_numbers(out, *c, direct);
-        out += ' ';
-        append_numbers(out, *a, direct);
-        out += ' ';
-        append_numbers(out, *e, direct);
-        // No blank before ">" in the arc lines: the files in use look so.
-        out += ">\n";
+        if (points[0] == nullptr || points[1] == nullptr || points[2] == nullptr) return;
+        double centre[3], axis[3], end[3];
+        coordinates(*points[0], centre);
+        coordinates(*points[1], axis);
+        coordinates(*points[2], end);
+        text.Arc(segment.m_type, centre, axis, end);
     }
-}
-
-void write_text(std::FILE* stream, const std::string& text) {
-    if (!text.empty()) std::fwrite(text.data(), 1, text.size(), stream);
 }
 
 }  // namespace
 
 void CMWZORSegment::WriteText(std::FILE* stream) const {
     if (stream == nullptr) return;
-    std::string line;
-    append_segment_text(line, *this, zor::fixed6_direct());
-    write_text(stream, line);
+    zor::NativeProfileText text(stream);
+    write_segment(text, *this);
 }
 
 CMWZORSegmentArray::CMWZORSegmentArray() : m_version(1), m_tolerance(0.005), m_unit(1), m_scale(1.0), m_cursor(0) {}
@@ -155,22 +136,14 @@ void CMWZORSegmentArray::AddArc(double cx, double cy, double cz, double ex, doub
 
 void CMWZORSegmentArray::WriteBody(std::FILE* stream) const {
     if (stream == nullptr) return;
-    const bool direct = zor::fixed6_direct();
-    std::string text = zor::format_text("Unit < %d >\n", m_unit);
-    text += "Toler < ";
-    zor::append_fixed6(text, m_tolerance, direct);
-    text += " >\n";
-    // Written in pieces of about 64 KiB: one write per piece.
-    constexpr std::size_t kPiece = 1 << 16;
-    text.reserve(kPiece + 1024);
-    for (long long i = 0; i < m_segments.GetSize(); ++i) {
-        if (m_segments[i] != nullptr) append_segment_text(text, *m_segments[i], direct);
-        if (text.size() >= kPiece) {
-            write_text(stream, text);
-            text.clear();
-        }
-    }
-    write_text(stream, text);
+    zor::NativeProfileText text(stream);
+    WriteBody(text);
+}
+
+void CMWZORSegmentArray::WriteBody(zor::NativeProfileText& text) const {
+    text.Body(m_unit, m_tolerance);
+    for (long long i = 0; i < m_segments.GetSize(); ++i)
+        if (m_segments[i] != nullptr) write_segment(text, *m_segments[i]);
 }
 
 void CMWZORSegmentArray::SetUnitConversion(int wanted, int fileUnit) {

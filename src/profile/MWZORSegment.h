@@ -48,6 +48,10 @@ public:
     CMWZORPointArray m_points;
 };
 
+namespace zor {
+class NativeProfileText;
+}
+
 // An ordered list of segments that owns them, with a cursor for walking it,
 // the unit of its coordinates, the scale applied to every coordinate added and
 // the chordal tolerance used to step arcs.
@@ -90,6 +94,7 @@ public:
     // Writes "Unit < u >\n", "Toler < t >\n" and the text line of every
     // non-null segment to stream (nothing for a null stream).
     ZOR_INTERNAL void WriteBody(std::FILE* stream) const;
+    ZOR_INTERNAL void WriteBody(zor::NativeProfileText& text) const;
 
     CMWZORSegmentPtrArray m_segments;  // the chain, owned
     int m_version;                     // version read from a native profile file

@@ -1,11 +1,11 @@
-// The contour builder: quantise end points, sort them, pair coincident ends,
+// The contour builder: quantise end points, pair coincident ends,
 // walk the pairs into chains and turn segments round to run one way.
 #include "profile/SegmentContours.h"
 
-#include <algorithm>
 #include <climits>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <new>
 #include <utility>
@@ -45,19 +45,8 @@ namespace zor {
 
 namespace {
 
-// Quantised coordinates. The records hold 32-bit values, which coordinates
-// far from the origin would overflow (undefined in the old builder): the
-// records get the value saturated, while matching uses the full 64-bit key,
-// so every drawing whose keys fit in 32 bits is joined exactly as before.
-struct Key {
-    long long q[3];
-};
-
-bool operator==(const Key& a, const Key& b) { return a.q[0] == b.q[0] && a.q[1] == b.q[1] && a.q[2] == b.q[2]; }
-bool operator<(const Key& a, const Key& b) {
-    if (a.q[0] != b.q[0]) return a.q[0] < b.q[0];
-    if (a.q[1] != b.q[1]) return a.q[1] < b.q[1];
-    return a.q[2] < b.q[2];
+bool operator==(const ContourKey& a, const ContourKey& b) {
+    return a.q[0] == b.q[0] && a.q[1] == b.q[1] && a.q[2] == b.q[2];
 }
 
 // v times factor, rounded half up: the floor when the fraction is below 0.5,
@@ -81,6 +70,16 @@ T* allocate() {
     return static_cast<T*>(p);
 }
 
+std::size_t hash(const ContourKey& key) {
+    std::uint64_t h = 0x9E3779B97F4A7C15ULL;
+    for (long long q : key.q) {
+        h ^= static_cast<std::uint64_t>(q);
+        h *= 0xBF58476D1CE4E5B9ULL;
+        h ^= h >> 31;
+    }
+    return static_cast<std::size_t>(h ^ (h >> 29));
+}
+
 }  // namespace
 
 int contour_factor(double tolerance) {
@@ -93,15 +92,16 @@ int contour_factor(double tolerance) {
     return factor <= 10 ? 10 : factor;
 }
 
-Segment_result* build_segment_contours(Segment_settings& settings, Segment_ord* first) {
+Segment_result* build_segment_contours(Segment_settings& settings, Segment_ord* first, ContourScratch* scratch) {
     const int factor = contour_factor(settings.tolerance);
     settings.factor = factor;
 
-    std::vector<Segment_ord*> segments;
+    ContourScratch own;
+    ContourScratch& w = scratch != nullptr ? *scratch : own;
+    std::vector<Segment_ord*>& segments = w.segments;
+    segments.clear();
     for (Segment_ord* s = first; s != nullptr; s = s->next) {
         const int index = static_cast<int>(segments.size());
-        s->nextInContour = nullptr;
-        s->sense = 1;
         s->inputNumber = index;
         s->sequence = index;
         segments.push_back(s);
@@ -109,19 +109,15 @@ Segment_result* build_segment_contours(Segment_settings& settings, Segment_ord* 
     const std::size_t n = segments.size();
 
     // keys[2 * i + e]: end e of segment i as given. Walking and comparing go
-    // through these, so a segment turned round by an earlier contour still
-    // shows the point at which it was joined.
-    std::vector<Key> keys(2 * n);
-    struct Sorted {
-        Key key;
-        int end;  // 2 * segment + end number
-    };
-    std::vector<Sorted> order(2 * n);
+    // through the ends' numbers, so a segment turned round by an earlier
+    // contour still shows the point at which it was joined.
+    std::vector<ContourKey>& keys = w.keys;
+    keys.resize(2 * n);
     for (std::size_t i = 0; i < n; ++i) {
         Segment_ord* s = segments[i];
         for (int e = 0; e < 2; ++e) {
             Segment_end* p = s->end[e];
-            Key& k = keys[2 * i + static_cast<std::size_t>(e)];
+            ContourKey& k = keys[2 * i + static_cast<std::size_t>(e)];
             k = {{quantise(p->x, factor), quantise(p->y, factor), quantise(p->z, factor)}};
             p->owner = s;
             p->qx = saturate(k.q[0]);
@@ -130,40 +126,36 @@ Segment_result* build_segment_contours(Segment_settings& settings, Segment_ord* 
             p->extra[0] = p->extra[1] = 0;
             p->segment = static_cast<int>(i);
             p->end = e;
-            order[2 * i + static_cast<std::size_t>(e)] = {k, static_cast<int>(2 * i) + e};
         }
-        s->state = 0;
-        s->neighbourIndex[0] = s->neighbourIndex[1] = -1;
-        s->neighbourEnd[0] = s->neighbourEnd[1] = -1;
-        // The neighbours are written only when joined; clear them so that a
-        // reused record does not keep an old join.
-        s->neighbour[0] = s->neighbour[1] = nullptr;
     }
 
-    // The order of the old stable top-down merge sort: equal keys keep input
-    // order (segment, then end 0 before end 1). Breaking ties by that input
-    // position gives the same order with an unstable sort, which is faster.
-    std::sort(order.begin(), order.end(), [](const Sorted& a, const Sorted& b) {
-        if (a.key == b.key) return a.end < b.end;
-        return a.key < b.key;
-    });
-
-    // Only pairs are joined: of three coincident ends the third stays free.
-    for (std::size_t i = 0; i + 1 < order.size();) {
-        const int a = order[i].end, b = order[i + 1].end;
-        if (!(order[i].key == order[i + 1].key)) {
-            ++i;
-            continue;
+    // The old builder sorted the ends (a stable merge sort) and joined
+    // neighbours with equal keys two by two: within a point, first with
+    // second, third with fourth, in input order (segment, then end 0 before
+    // end 1), and an odd one out stays free. Going through the ends in input
+    // order with a hash table of the points met so far joins the same pairs
+    // in linear time. partner[end]: the end joined to it, -1 for none;
+    // point[end]: its point's slot, which tells coincident ends.
+    std::size_t size = 16;
+    while (size < 4 * n) size *= 2;
+    const std::size_t mask = size - 1;
+    w.slots.assign(size, ContourScratch::Slot{});
+    w.partner.assign(2 * n, -1);
+    w.point.resize(2 * n);
+    for (std::size_t end = 0; end < 2 * n; ++end) {
+        const ContourKey& key = keys[end];
+        std::size_t i = hash(key) & mask;
+        while (w.slots[i].anyEnd >= 0 && !(keys[static_cast<std::size_t>(w.slots[i].anyEnd)] == key)) i = (i + 1) & mask;
+        ContourScratch::Slot& slot = w.slots[i];
+        w.point[end] = static_cast<int>(i);
+        if (slot.anyEnd < 0) slot.anyEnd = static_cast<int>(end);
+        if (slot.waiting < 0) {
+            slot.waiting = static_cast<int>(end);
+        } else {
+            w.partner[end] = slot.waiting;
+            w.partner[static_cast<std::size_t>(slot.waiting)] = static_cast<int>(end);
+            slot.waiting = -1;
         }
-        Segment_ord* sa = segments[a / 2];
-        Segment_ord* sb = segments[b / 2];
-        sa->neighbour[a % 2] = sb;
-        sa->neighbourIndex[a % 2] = b / 2;
-        sa->neighbourEnd[a % 2] = b % 2;
-        sb->neighbour[b % 2] = sa;
-        sb->neighbourIndex[b % 2] = a / 2;
-        sb->neighbourEnd[b % 2] = a % 2;
-        i += 2;
     }
 
     Segment_result* result = allocate<Segment_result>();
@@ -173,56 +165,57 @@ Segment_result* build_segment_contours(Segment_settings& settings, Segment_ord* 
     result->segmentCount = static_cast<int>(n);
     result->input = first;
 
+    // The walk runs on the small arrays (state 0 free, 1 walked, 2 done;
+    // sense +1 or -1 as entered; next segment in the contour, -1 for none);
+    // the records get the outcome afterwards, in one pass in input order.
+    std::vector<signed char>& state = w.state;
+    std::vector<signed char>& sense = w.sense;
+    std::vector<int>& next = w.next;
+    state.assign(n, 0);
+    sense.assign(n, 1);
+    next.assign(n, -1);
     Segment_contour** tail = &result->first;
     long long walkedTotal = 0;
     int contourNumber = 0;
     std::size_t nextFree = 0;  // states only grow, so the search for a start is linear overall
     for (std::size_t startIndex = 0; startIndex < n;) {
-        Segment_ord* start = segments[startIndex];
-        Segment_end* startEnd = start->end[0];
-        const Key& startKey = keys[2 * startIndex];
-
+        const int startPoint = w.point[2 * startIndex];
         int walked = 0;
         bool closed = false;
         std::size_t current = startIndex;
         int entered = 0;
         for (;;) {
-            Segment_ord* s = segments[current];
             ++walked;
-            s->state = 1;
-            if (entered == 1) s->sense = -1;
-            const int other = 1 - entered;
-            Segment_ord* neighbour = s->neighbour[other];
-            if (neighbour == nullptr) break;  // open
-            const std::size_t neighbourIndex = static_cast<std::size_t>(s->neighbourIndex[other]);
-            const int joinedEnd = s->neighbourEnd[other];
-            s->nextInContour = neighbour;
-            const bool atStart = keys[2 * neighbourIndex + static_cast<std::size_t>(joinedEnd)] == startKey;
-            if (neighbour->state != 0 || atStart) {
+            state[current] = 1;
+            if (entered == 1) sense[current] = -1;
+            const int joined = w.partner[2 * current + static_cast<std::size_t>(1 - entered)];
+            if (joined < 0) break;  // open
+            const auto neighbour = static_cast<std::size_t>(joined / 2);
+            next[current] = static_cast<int>(neighbour);
+            const bool atStart = w.point[static_cast<std::size_t>(joined)] == startPoint;
+            if (state[neighbour] != 0 || atStart) {
                 closed = atStart;
                 break;
             }
-            current = neighbourIndex;
-            entered = joinedEnd;
+            current = neighbour;
+            entered = joined % 2;
         }
 
-        Segment_ord* s = start;
-        for (int k = 0; k < walked && s != nullptr; ++k) {
-            if (s->state != 2 && s->sense == -1) {
-                std::swap(s->end[0], s->end[1]);
-                s->direction = -s->direction;
-            }
-            s->state = 2;
-            Segment_ord* next = s->nextInContour;
-            if (k == walked - 1 || next == start) {
-                s->nextInContour = nullptr;
+        // The last segment walked ends the contour, whatever it was joined to.
+        std::size_t s = startIndex;
+        for (int k = 0; k < walked; ++k) {
+            state[s] = 2;
+            const int following = next[s];
+            if (k == walked - 1 || following == static_cast<int>(startIndex)) {
+                next[s] = -1;
                 break;
             }
-            s = next;
+            s = static_cast<std::size_t>(following);
         }
 
+        Segment_ord* start = segments[startIndex];
         Segment_contour* contour = allocate<Segment_contour>();
-        contour->start = startEnd;
+        contour->start = start->end[0];  // a start is never turned
         contour->startSegment = start;
         contour->endCount = 2 * walked;
         contour->segmentCount = walked;
@@ -234,10 +227,29 @@ Segment_result* build_segment_contours(Segment_settings& settings, Segment_ord* 
 
         walkedTotal += walked;
         if (walkedTotal >= static_cast<long long>(n) + 1) break;
-        while (nextFree < n && segments[nextFree]->state != 0) ++nextFree;
+        while (nextFree < n && state[nextFree] != 0) ++nextFree;
         startIndex = nextFree < n ? nextFree : n;
     }
     result->walked = static_cast<int>(walkedTotal);
+
+    for (std::size_t i = 0; i < n; ++i) {
+        Segment_ord* s = segments[i];
+        for (std::size_t e = 0; e < 2; ++e) {
+            // A reused record must not keep an old join: the unjoined end is cleared.
+            const int joined = w.partner[2 * i + e];
+            s->neighbour[e] = joined >= 0 ? segments[static_cast<std::size_t>(joined / 2)] : nullptr;
+            s->neighbourIndex[e] = joined >= 0 ? joined / 2 : -1;
+            s->neighbourEnd[e] = joined >= 0 ? joined % 2 : -1;
+        }
+        s->state = state[i];
+        s->sense = sense[i];
+        s->nextInContour = next[i] >= 0 ? segments[static_cast<std::size_t>(next[i])] : nullptr;
+        if (state[i] == 2 && sense[i] == -1) {
+            // Walked from its end: turned round to run with the contour.
+            std::swap(s->end[0], s->end[1]);
+            s->direction = -s->direction;
+        }
+    }
     return result;
 }
 

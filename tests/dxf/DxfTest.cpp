@@ -220,6 +220,44 @@ TEST(DxfReader, TruncationSweep) {
     EXPECT_EQ(previous, 4);
 }
 
+// ReadDxf writes each layer's text without building the profile: the files
+// are byte for byte what the profile classes write from the same chain.
+TEST(DxfReader, WritesWhatTheProfileClassesWrite) {
+    DxfWriter mixed({true, true, true});
+    mixed.Line(0, 0, 10, 0, "A").Arc(10, 5, 5, -90, 90, "A").Line(0, 10, 10, 10, "A").Line(0, 0, 0, 10, "A");
+    mixed.Arc(0, 0, 1e7, 0, 45, "B").Line(-3.25e-7, 1.5, 2, 2, "B").Arc(1, 1, 0.5, 180, 0, "C");
+    std::vector<std::string> drawings = {mixed.Text()};
+    const std::string folder = std::string(ZOR_CORPUS_DIR) + "/dxf/";
+    for (const char* file : {"trimesh_wrench.dxf", "trimesh_1002_tray_bottom.DXF", "ezdxf_empty_handles.dxf"})
+        if (std::filesystem::exists(folder + file)) drawings.push_back(zortest::read_file(folder + file));
+    TempDir dir;
+    for (const std::string& text : drawings) {
+        zor::DxfDrawing drawing;
+        ASSERT_TRUE(zor::parse_dxf(text, drawing));
+        for (unsigned unit : {1u, 2u, 7u}) {
+            for (bool sweep : {false, true}) {
+                SCOPED_TRACE(std::to_string(unit) + (sweep ? " sweep" : " extrude"));
+                for (const auto& layer : drawing.layers) {
+                    zor::write_dxf_layer(*layer, dir.file("direct.ext").c_str(), unit, sweep);
+                    zor::LayerContours contours(*layer);
+                    if (sweep) {
+                        CMWZORSweep profile;
+                        profile.SetUnit(static_cast<int>(unit));
+                        contours.AppendFirstChain(profile);
+                        profile.WriteFile(dir.file("list.ext").c_str());
+                    } else {
+                        CMWZORExtrude profile;
+                        profile.SetUnit(static_cast<int>(unit));
+                        contours.AppendFirstChain(profile);
+                        profile.WriteFile(dir.file("list.ext").c_str(), 0.0, 1.0);
+                    }
+                    ASSERT_EQ(zortest::read_file(dir.file("direct.ext")), zortest::read_file(dir.file("list.ext")));
+                }
+            }
+        }
+    }
+}
+
 // The third-party drawings that hold LINE or ARC entities: layers, entity
 // counts and the profile written for the first layer.
 TEST(DxfReader, CorpusDrawings) {

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include "ZORModelIo.h"
+
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -116,6 +118,10 @@ TEST(PathTest, SplitPathAndOpenFile) {
     ASSERT_NE(f, nullptr);
     std::fclose(f);
     EXPECT_EQ(zor::open_file((temp.path() + "\\missing").c_str(), "r"), nullptr);
+    // A folder is no file, as on Windows: every reader then fails cleanly
+    // instead of taking a huge length from it.
+    EXPECT_EQ(zor::open_file(temp.path().c_str(), "rb"), nullptr);
+    EXPECT_EQ(ReadDxf(temp.path().c_str(), (temp.path() + "/p.ext").c_str(), 1, 0, false), nullptr);
 }
 
 }  // namespace

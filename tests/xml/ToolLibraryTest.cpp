@@ -214,7 +214,7 @@ TEST_F(ToolLibrary, AnswersOneOrZeroWithTheReasonOnStandardError) {
         const char* reason;
     } cases[] = {
         {dir.file("missing.xml"), "The file could not be opened.\n"},
-        {dir.path(), "The file could not be read.\n"},
+        {dir.path(), "The file could not be opened.\n"},  // a folder
         {dir.write("empty.xml", ""), "No document element found at offset 0.\n"},
         {dir.write("text.xml", "solid cube\nendsolid\n"), "No document element found at offset 20.\n"},
         {dir.write("open.xml", "<a><b></a>"), "Start-end tags mismatch at offset 8.\n"},

@@ -3,6 +3,8 @@
 // Internal to the module. A layer's entities are told apart with IsKindOf.
 #pragma once
 
+#include <cstddef>
+
 #include "platform/afx.h"
 #include "platform/afxcoll.h"
 
@@ -14,6 +16,10 @@ class Dxf_Line : public CObject {
 public:
     Dxf_Line() = default;
     ~Dxf_Line() override = default;
+
+    // From a pool: a drawing has them by the hundred thousand.
+    static void* operator new(std::size_t size);
+    static void operator delete(void* p, std::size_t size);
 
     void SetFirst(double x, double y, double z);
     void SetSecond(double x, double y, double z);
@@ -31,6 +37,9 @@ class Dxf_Arc : public CObject {
 public:
     Dxf_Arc() = default;
     ~Dxf_Arc() override = default;
+
+    static void* operator new(std::size_t size);
+    static void operator delete(void* p, std::size_t size);
 
     // Stores the centre.
     void SetFirst(double x, double y, double z);

@@ -3,14 +3,12 @@
 #include "dxf/DxfReader.h"
 
 #include <array>
-#include <charconv>
 #include <climits>
-#include <cstdint>
-#include <cstdlib>
 #include <memory>
 #include <string>
 #include <unordered_map>
 
+#include "dxf/DxfNumber.h"
 #include "dxf/DxfParse.h"
 #include "platform/afxfile.h"
 #include "profile/MWZORProfile.h"
@@ -34,37 +32,6 @@ constexpr std::array<unsigned char, 256> kByteClass = [] {
 }();
 
 bool is(char c, unsigned char byteClass) { return kByteClass[static_cast<unsigned char>(c)] == byteClass; }
-
-// "-ddd.ddd" with a mantissa of at most 2^53 and at most 22 decimals: the
-// mantissa and the power of ten are both exact doubles, so one correctly
-// rounded division gives the correctly rounded value, the one strtod gives.
-// Most coordinates in drawings are so written; false for anything else.
-bool short_decimal(std::string_view t, double& value) {
-    static constexpr double kPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
-                                         1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-    size_t i = 0;
-    const bool negative = !t.empty() && t[0] == '-';
-    if (negative) ++i;
-    std::uint64_t mantissa = 0;
-    int digits = 0, decimals = 0;
-    bool point = false;
-    for (; i < t.size(); ++i) {
-        const char c = t[i];
-        if (c >= '0' && c <= '9') {
-            if (++digits > 19) return false;  // mantissa would overflow
-            mantissa = mantissa * 10 + static_cast<unsigned>(c - '0');
-            decimals += point ? 1 : 0;
-        } else if (c == '.' && !point) {
-            point = true;
-        } else {
-            return false;
-        }
-    }
-    if (digits == 0 || mantissa > (std::uint64_t{1} << 53) || decimals > 22) return false;
-    const double v = static_cast<double>(mantissa) / kPowers[decimals];
-    value = negative ? -v : v;
-    return true;
-}
 
 // strtok(buffer, " \r\n") over the drawing, each token trimmed. The old reader kept
 // the token in one module-wide string; nothing outside a read can see it, so
@@ -108,16 +75,7 @@ public:
         return v > INT_MAX ? INT_MAX : v < INT_MIN ? INT_MIN : static_cast<int>(v);
     }
 
-    // atof of the token: short_decimal where it applies, else from_chars when
-    // it reads the whole token (the same correctly rounded value), else the C
-    // library on a terminated copy.
-    double Number() const {
-        double v = 0.0;
-        if (short_decimal(m_token, v)) return v;
-        auto [end, error] = std::from_chars(m_token.data(), m_token.data() + m_token.size(), v);
-        if (error == std::errc() && end == m_token.data() + m_token.size()) return v;
-        return std::strtod(std::string(m_token).c_str(), nullptr);
-    }
+    double Number() const { return dxf_number(m_token); }
 
 private:
     const char* m_next;

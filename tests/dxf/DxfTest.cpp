@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <filesystem>
+#include <random>
 #include <string>
 #include <utility>
 #include <vector>
@@ -98,6 +99,41 @@ TEST(DxfEntities, ArcEndPointsUseSinglePrecisionTrigAndDirectionFollowsTheLarger
         zor::Dxf_Arc fresh;
         make_arc(fresh, 1, c[0], c[1]);
         EXPECT_EQ(fresh.GetDirection(), c[2]) << c[0] << " to " << c[1];
+    }
+}
+
+// Entities come from pools that reuse freed places: live ones never share
+// memory, through frees in any order and a pool emptied and started again.
+TEST(DxfEntities, PooledEntitiesKeepTheirOwnValues) {
+    std::mt19937 rng(3);
+    std::vector<std::pair<CObject*, double>> live;
+    using zor::Dxf_Line;
+    auto value_of = [](const CObject* e) {
+        return e->IsKindOf(RUNTIME_CLASS(Dxf_Line)) ? static_cast<const Dxf_Line*>(e)->m_end[2]
+                                                    : static_cast<const zor::Dxf_Arc*>(e)->m_endAngle;
+    };
+    for (int round = 0; round < 3; ++round) {
+        for (int i = 0; i < 20000; ++i) {
+            const double v = i + 0.25 * round;
+            if (rng() % 2) {
+                auto* line = new zor::Dxf_Line;
+                line->SetSecond(0, 0, v);
+                live.emplace_back(line, v);
+            } else {
+                auto* arc = new zor::Dxf_Arc;
+                arc->SetEndAngle(v);
+                live.emplace_back(arc, v);
+            }
+            if (rng() % 3 == 0) {  // free one at random
+                const size_t k = rng() % live.size();
+                delete live[k].first;
+                live[k] = live.back();
+                live.pop_back();
+            }
+        }
+        for (const auto& [entity, v] : live) ASSERT_EQ(value_of(entity), v);
+        for (const auto& entry : live) delete entry.first;
+        live.clear();
     }
 }
 

@@ -66,7 +66,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t kBlockBytes = 1 << 18;
+    static constexpr std::size_t kBlockBytes = 1 << 16;  // below the C library's mmap threshold
 
     void ReleaseBlocks() {
         for (char* block : m_blocks) ::operator delete(block);
@@ -156,7 +156,13 @@ Layer::Layer() : m_name("none") { m_entities.SetSize(1, 2); }
 Layer::~Layer() {
     // AddEntity grows the array to every index it stores, so count never
     // passes the size; the bound only keeps a destructor from throwing.
-    for (long long i = 0; i < m_count && i < m_entities.GetSize(); ++i) delete m_entities[i];
+    const long long count = m_count < m_entities.GetSize() ? m_count : m_entities.GetSize();
+    for (long long i = 0; i < count; ++i) {
+        // Deleting reads each entity's class: ask for the next ones early,
+        // they lie mixed with other layers' entities.
+        if (i + 8 < count) __builtin_prefetch(m_entities[i + 8]);
+        delete m_entities[i];
+    }
     m_entities.SetSize(0);
 }
 

@@ -33,6 +33,7 @@ struct LayerScratch {
     std::vector<Segment_ord> records;
     std::vector<const CObject*> entities;
     std::vector<int> positions;
+    std::vector<int> chain;  // record numbers of the chain written
     ContourScratch contours;
 };
 
@@ -71,19 +72,34 @@ private:
 template <class Profile>
 void LayerContours::AppendFirstChain(Profile& profile) const {
     // Only the chain through the layer's first entity is written, from that
-    // entity on: the host takes one profile per layer.
+    // entity on: the host takes one profile per layer. Its order comes from
+    // the builder's small array (record i is followed by record next[i], as
+    // nextInContour says), so that records further on are asked for before
+    // they are needed: a chain wanders all over the layer.
+    const std::vector<int>& next = m_work.contours.next;
+    std::vector<int>& chain = m_work.chain;
+    chain.clear();
+    for (int i = first() != nullptr ? 0 : -1; i >= 0 && static_cast<int>(chain.size()) < m_entityCount; i = next[i])
+        chain.push_back(i);
+    const Segment_ord* records = m_work.records.data();
     bool startedByLine = false;
-    int walked = 0;
-    for (const Segment_ord* r = first(); r != nullptr && walked < m_entityCount; r = r->nextInContour, ++walked) {
+    for (size_t k = 0; k < chain.size(); ++k) {
+        if (k + 8 < chain.size()) {
+            const auto ahead = static_cast<size_t>(chain[k + 8]);
+            __builtin_prefetch(&records[ahead]);
+            __builtin_prefetch(&m_work.points[3 * ahead]);
+            __builtin_prefetch(&m_work.points[3 * ahead + 1]);
+        }
+        const Segment_ord* r = &records[chain[k]];
         const Segment_end& a = *r->end[0];
         const Segment_end& b = *r->end[1];
         if (r->kind == 2) {
-            if (walked == 0) profile.AddPoint(a.x, a.y, a.z);
+            if (k == 0) profile.AddPoint(a.x, a.y, a.z);
             const Segment_end& c = *r->centre;
             // DXF arcs run counter-clockwise from their start angle; entered
             // from the end point, the arc is clockwise.
             profile.AddArc(c.x, c.y, c.z, b.x, b.y, b.z, r->sense == 1 ? IO_CCLW : IO_CLW);
-        } else if (walked == 0) {
+        } else if (k == 0) {
             profile.AddPoint(a.x, a.y, a.z);
             profile.AddPoint(b.x, b.y, b.z);
             startedByLine = true;

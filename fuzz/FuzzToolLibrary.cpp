@@ -1,9 +1,11 @@
 // The tool-library walk: API_IsXml, then a bounded number of API_ReadList
-// calls, a rewind, and a few more calls.
+// calls, a rewind, and a few more calls. Each input starts from a freshly
+// loaded module: documents otherwise stay alive until the module is unloaded.
 #include <cstdint>
 
 #include "FuzzSupport.h"
 #include "ZORModelIo.h"
+#include "xml/XmlDocument.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string path = zorfuzz::write_input(data, size, "input.xml");
@@ -20,5 +22,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         // Documents without the nodes the walk needs throw to the host.
     }
     API_ResetXmlDoc();
+    zor::reset_xml_document_state();
     return 0;
 }

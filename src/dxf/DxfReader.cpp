@@ -320,9 +320,10 @@ LayerContours::LayerContours(const Layer& layer, LayerScratch* scratch)
         // other layers: ask for them a few ahead.
         constexpr long long kAhead = 8;
         if (i + kAhead < count) {
-            const char* ahead = reinterpret_cast<const char*>(layer.m_entities[i + kAhead]);
-            __builtin_prefetch(ahead);
-            __builtin_prefetch(ahead + 64);
+            if (const auto* ahead = reinterpret_cast<const char*>(layer.m_entities[i + kAhead])) {
+                __builtin_prefetch(ahead);
+                __builtin_prefetch(ahead + 64);
+            }
         }
         const CObject* entity = layer.m_entities[i];
         if (entity == nullptr) continue;
@@ -434,7 +435,13 @@ CString* ReadDxf(CString dxfPath, CString outPath, unsigned int unit, unsigned i
     // Not zero-filled first: the read writes every byte that is used.
     const auto size = static_cast<size_t>(file.GetLength());
     std::unique_ptr<char[]> bytes(new char[size == 0 ? 1 : size]);
-    const size_t got = file.Read(bytes.get(), static_cast<unsigned int>(size));
+    size_t got = 0;
+    while (got < size) {  // in pieces: Read counts in 32 bits
+        const size_t piece = size - got < (size_t{1} << 30) ? size - got : (size_t{1} << 30);
+        const unsigned int n = file.Read(bytes.get() + got, static_cast<unsigned int>(piece));
+        if (n == 0) break;
+        got += n;
+    }
     file.Close();
     return zor::read_dxf_buffer(std::string_view(bytes.get(), got), outPath, unit, sweep);
 }

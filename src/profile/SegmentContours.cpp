@@ -5,6 +5,7 @@
 #include <climits>
 #include <cmath>
 #include <cstddef>
+#include <chrono>
 #include <cstdint>
 #include <cstdlib>
 #include <new>
@@ -70,8 +71,20 @@ T* allocate() {
     return static_cast<T*>(p);
 }
 
-std::size_t hash(const ContourKey& key) {
-    std::uint64_t h = 0x9E3779B97F4A7C15ULL;
+// Seeded per process, so that a drawing cannot be made to pile its points
+// into one run of the table (which would make the pairing quadratic); the
+// pairs do not depend on it.
+std::uint64_t hash_seed() {
+    static const std::uint64_t seed = [] {
+        static const char here = 0;
+        const auto now = static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
+        return (reinterpret_cast<std::uintptr_t>(&here) * 0x9E3779B97F4A7C15ULL) ^ now;
+    }();
+    return seed;
+}
+
+std::size_t hash(const ContourKey& key, std::uint64_t seed) {
+    std::uint64_t h = seed;
     for (long long q : key.q) {
         h ^= static_cast<std::uint64_t>(q);
         h *= 0xBF58476D1CE4E5B9ULL;
@@ -142,9 +155,10 @@ Segment_result* build_segment_contours(Segment_settings& settings, Segment_ord* 
     w.slots.assign(size, ContourScratch::Slot{});
     w.partner.assign(2 * n, -1);
     w.point.resize(2 * n);
+    const std::uint64_t seed = hash_seed();
     for (std::size_t end = 0; end < 2 * n; ++end) {
         const ContourKey& key = keys[end];
-        std::size_t i = hash(key) & mask;
+        std::size_t i = hash(key, seed) & mask;
         while (w.slots[i].anyEnd >= 0 && !(keys[static_cast<std::size_t>(w.slots[i].anyEnd)] == key)) i = (i + 1) & mask;
         ContourScratch::Slot& slot = w.slots[i];
         w.point[end] = static_cast<int>(i);

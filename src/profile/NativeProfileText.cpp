@@ -15,14 +15,13 @@ constexpr std::size_t kPiece = 1 << 16;
 
 }  // namespace
 
-NativeProfileText::NativeProfileText(std::FILE* stream) : m_stream(stream), m_direct(fixed6_direct()) {
-    m_text.reserve(kPiece + 1024);
-}
+NativeProfileText::NativeProfileText(std::FILE* stream) : m_stream(stream), m_direct(fixed6_direct()) {}
 
 NativeProfileText::NativeProfileText(const char* path, const char* magic, const double* zRange)
     : NativeProfileText(open_file(path, "w")) {
     m_owned = true;
     if (m_stream == nullptr) return;
+    m_text.reserve(kPiece + 1024);
     m_text += magic;
     m_text += "Version < 1 >\n";
     if (zRange != nullptr) {

@@ -41,21 +41,24 @@ public:
     EntityPool(const EntityPool&) = delete;
     EntityPool& operator=(const EntityPool&) = delete;
 
+    // Throws std::bad_alloc, as operator new does, leaving the pool as it was.
     void* Allocate() {
-        ++m_live;
+        void* p;
         if (m_free != nullptr) {
-            void* p = m_free;
+            p = m_free;
             m_free = *static_cast<void**>(p);
-            return p;
+        } else {
+            if (m_next == m_end) {
+                m_blocks.reserve(m_blocks.size() + 1);
+                char* block = static_cast<char*>(::operator new(kBlockBytes));
+                m_blocks.push_back(block);
+                m_next = block;
+                m_end = block + kBlockBytes / m_slot * m_slot;
+            }
+            p = m_next;
+            m_next += m_slot;
         }
-        if (m_next == m_end) {
-            char* block = static_cast<char*>(::operator new(kBlockBytes));
-            m_blocks.push_back(block);
-            m_next = block;
-            m_end = block + kBlockBytes / m_slot * m_slot;
-        }
-        void* p = m_next;
-        m_next += m_slot;
+        ++m_live;
         return p;
     }
 

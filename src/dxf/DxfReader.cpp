@@ -2,8 +2,10 @@
 // and ARC entities grouped by layer, each layer chained and written.
 #include "dxf/DxfReader.h"
 
+#include <algorithm>
 #include <array>
 #include <climits>
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -171,99 +173,78 @@ struct EntityReader {
     double x = 0.0;
     double y = 0.0;
 
-    bool Value() { return tokens.Next(); }
-
     void Add(CObject* entity) {
         Layer& layer = layers.current();
         layer.AddEntity(entity, layer.GetCount());
     }
 
-    // After a LINE token. Returns whether tokens.token() holds the next
-    // token to look at (false at the end of the text). An entity that is not
-    // complete when the next LINE or ARC starts is dropped.
-    bool ReadLine() {
-        auto line = std::make_unique<Dxf_Line>();
+    // After a LINE or ARC token: reads group codes up to the entity's last.
+    // Codes 5 (handle, skipped), 8 (layer) and the entity's own codes are
+    // followed by a value; take(code, value) stores one of the entity's and
+    // says whether that completed the entity. Any other code is one token:
+    // its value is read as the next code. Returns whether tokens.token()
+    // holds the next token to look at (false at the end of the text). An
+    // entity that is not complete when the next LINE or ARC starts is dropped.
+    template <class Take>
+    bool ReadEntity(std::initializer_list<int> codes, Take take) {
         for (;;) {
             if (!tokens.Next()) return false;
             if (tokens.token() == "LINE" || tokens.token() == "ARC") return true;
-            switch (tokens.Code()) {
-                case 5:
-                    if (!Value()) return false;
-                    break;
-                case 8:
-                    if (!Value()) return false;
-                    layers.Select(tokens.token(), drawing);
-                    break;
-                case 10:
-                case 11:
-                    if (!Value()) return false;
-                    x = tokens.Number();
-                    break;
-                case 20:
-                case 21:
-                    if (!Value()) return false;
-                    y = tokens.Number();
-                    break;
-                case 30:
-                    if (!Value()) return false;
-                    line->SetFirst(x, y, tokens.Number());
-                    break;
-                case 31:
-                    if (!Value()) return false;
-                    line->SetSecond(x, y, tokens.Number());
-                    Add(line.release());
-                    return tokens.Next();
-                default:
-                    // Any other code is one token: its value is read as the next code.
-                    break;
-            }
+            const int code = tokens.Code();
+            if (code != 5 && code != 8 && std::find(codes.begin(), codes.end(), code) == codes.end()) continue;
+            if (!tokens.Next()) return false;
+            if (code == 8)
+                layers.Select(tokens.token(), drawing);
+            else if (code != 5 && take(code, tokens.Number()))
+                return tokens.Next();
         }
     }
 
-    // After an ARC token; as ReadLine.
+    bool ReadLine() {
+        auto line = std::make_unique<Dxf_Line>();
+        return ReadEntity({10, 11, 20, 21, 30, 31}, [&](int code, double v) {
+            if (code == 10 || code == 11) {
+                x = v;
+            } else if (code == 20 || code == 21) {
+                y = v;
+            } else if (code == 30) {
+                line->SetFirst(x, y, v);
+            } else {  // 31
+                line->SetSecond(x, y, v);
+                Add(line.release());
+                return true;
+            }
+            return false;
+        });
+    }
+
     bool ReadArc() {
         auto arc = std::make_unique<Dxf_Arc>();
-        for (;;) {
-            if (!tokens.Next()) return false;
-            if (tokens.token() == "LINE" || tokens.token() == "ARC") return true;
-            switch (tokens.Code()) {
-                case 5:
-                    if (!Value()) return false;
-                    break;
-                case 8:
-                    if (!Value()) return false;
-                    layers.Select(tokens.token(), drawing);
-                    break;
+        return ReadEntity({10, 20, 30, 40, 50, 51}, [&](int code, double v) {
+            switch (code) {
                 case 10:
-                    if (!Value()) return false;
-                    x = tokens.Number();
+                    x = v;
                     break;
                 case 20:
-                    if (!Value()) return false;
-                    y = tokens.Number();
+                    y = v;
                     break;
                 case 30:
-                    if (!Value()) return false;
-                    arc->SetFirst(x, y, tokens.Number());
+                    arc->SetFirst(x, y, v);
                     break;
                 case 40:
-                    if (!Value()) return false;
-                    arc->SetRadius(tokens.Number());
+                    arc->SetRadius(v);
                     break;
                 case 50:
-                    if (!Value()) return false;
-                    arc->SetStartAngle(tokens.Number());
+                    arc->SetStartAngle(v);
                     break;
-                case 51:
-                    if (!Value()) return false;
-                    arc->SetEndAngle(tokens.Number());
+                default:  // 51
+                    arc->SetEndAngle(v);
                     arc->ComputeEndPoints();
                     Add(arc.release());
-                    return tokens.Next();
-                default:
-                    break;
+                    return true;
             }
-        }
+            return false;
+        });
     }
 };
 

@@ -6,11 +6,11 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <string>
-#include <vector>
 
 #include "BenchInputs.h"
+#include "MeshRecordRead.h"
+#include "RawRead.h"
 #include "objectfile/MWZORFile.h"
 #include "objectfile/ObjectFileState.h"
 #include "support/TempDir.h"
@@ -45,29 +45,9 @@ void BM_ReadMeshRecords(benchmark::State& state) {
     const MeshFile& file = mesh_file();
     for (auto _ : state) {
         zor::reset_object_file_state();
-        CMWZORFile f(file.path.c_str(), 0, 1, 1);
-        unsigned int type = 0;
-        long long meshes = 0, corners = 0;
-        double matrix[4][4];
-        while (f.ReadType(&type)) {
-            if (type != ZOR_RECORD_MESH) {
-                f.ReadDummy();
-                continue;
-            }
-            unsigned int vertexCount = 0, cornerCount = 0;
-            double(*vertices)[4] = nullptr;
-            double(*cornerArray)[4] = nullptr;
-            if (!f.ReadMesh(nullptr, &vertexCount, &vertices, nullptr, nullptr, nullptr, &cornerCount, &cornerArray,
-                            matrix, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr)) {
-                state.SkipWithError("a mesh record did not read");
-                break;
-            }
-            benchmark::DoNotOptimize(cornerArray[cornerCount - 1][2]);
-            delete[] vertices;
-            delete[] cornerArray;
-            ++meshes;
-            corners += cornerCount;
-        }
+        long long meshes = 0;
+        const long long corners = zorbench::read_mesh_records(file.path.c_str(), &meshes);
+        benchmark::DoNotOptimize(corners);
         if (meshes != file.meshes || corners != file.corners) state.SkipWithError("wrong mesh or corner count");
     }
     state.SetBytesProcessed(state.iterations() * file.bytes);
@@ -94,22 +74,7 @@ BENCHMARK(BM_RawFgetsLines)->Unit(benchmark::kMillisecond);
 // reader that looks at every byte.
 void BM_RawChunksCountingNewlines(benchmark::State& state) {
     const MeshFile& file = mesh_file();
-    std::vector<char> buffer(1 << 20);
-    for (auto _ : state) {
-        std::FILE* f = std::fopen(file.path.c_str(), "rb");
-        long long lines = 0;
-        std::size_t n;
-        while ((n = std::fread(buffer.data(), 1, buffer.size(), f)) > 0) {
-            const char* p = buffer.data();
-            const char* end = p + n;
-            while ((p = static_cast<const char*>(std::memchr(p, '\n', static_cast<std::size_t>(end - p)))) != nullptr) {
-                ++lines;
-                ++p;
-            }
-        }
-        std::fclose(f);
-        benchmark::DoNotOptimize(lines);
-    }
+    for (auto _ : state) benchmark::DoNotOptimize(zorbench::count_lines_in_chunks(file.path.c_str()));
     state.SetBytesProcessed(state.iterations() * file.bytes);
 }
 BENCHMARK(BM_RawChunksCountingNewlines)->Unit(benchmark::kMillisecond);

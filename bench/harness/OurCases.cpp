@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "Cases.h"
+#include "MeshRecordRead.h"
 #include "ZORModelIo.h"
 #include "dxf/DxfParse.h"
 
@@ -18,27 +19,9 @@ namespace {
 // Mesh records through ReadType and ReadMesh, everything else skipped.
 // Returns the triangles read.
 long long read_object_file(const char* path) {
-    CMWZORFile f(path, 0, 1, 1);
-    unsigned int type = 0;
-    long long corners = 0;
-    double matrix[4][4];
-    while (f.ReadType(&type)) {
-        if (type != ZOR_RECORD_MESH) {
-            f.ReadDummy();
-            continue;
-        }
-        unsigned int vertexCount = 0, cornerCount = 0;
-        double(*vertices)[4] = nullptr;
-        double(*cornerArray)[4] = nullptr;
-        const bool ok =
-            f.ReadMesh(nullptr, &vertexCount, &vertices, nullptr, nullptr, nullptr, &cornerCount, &cornerArray, matrix,
-                       nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
-        delete[] vertices;
-        delete[] cornerArray;
-        if (!ok) return -1;
-        corners += cornerCount;
-    }
-    return corners / 3;
+    long long meshes = 0;
+    const long long corners = zorbench::read_mesh_records(path, &meshes);
+    return corners < 0 ? -1 : corners / 3;
 }
 ZORBENCH_CASE("objectfile", read_object_file);
 

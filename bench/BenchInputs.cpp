@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <cstring>
 #include <fstream>
+#include <iterator>
+#include <limits>
 #include <random>
 #include <stdexcept>
 #include <vector>
@@ -281,6 +283,59 @@ InputStats write_torus_stl(const std::string& path, long long facets, bool binar
     stats.items = count;
     stats.detail = rings * sides;
     return stats;
+}
+
+InputStats write_adversarial_stl(const std::string& path, const std::string& kind, long long facets) {
+    XorShift bits{0x9E3779B97F4A7C15ull};
+    std::string data;
+    auto put_float = [&data](std::size_t at, float v) { std::memcpy(&data[at], &v, sizeof v); };
+    if (kind == "chained-tiny") {
+        const long long sides = 500, rings = std::max(3LL, facets / (2 * sides)), count = 2 * rings * sides;
+        data.assign(84 + 50 * static_cast<std::size_t>(count), '\0');
+        const std::uint32_t n = static_cast<std::uint32_t>(count);
+        std::memcpy(&data[80], &n, sizeof n);
+        auto vertex = [&](long long i, long long j, std::size_t at) {
+            const long long k = (i % rings) * sides + j % sides;
+            put_float(at, static_cast<float>(k % 100) * 1e-9f);
+            put_float(at + 4, static_cast<float>(k) * 0.25f);
+            put_float(at + 8, 1.0f);
+        };
+        std::size_t at = 84;
+        for (long long i = 0; i < rings; ++i)
+            for (long long j = 0; j < sides; ++j) {
+                const long long corners[2][3][2] = {{{i, j}, {i + 1, j}, {i + 1, j + 1}}, {{i, j}, {i + 1, j + 1}, {i, j + 1}}};
+                for (const auto& tri : corners) {
+                    put_float(at + 8, 1.0f);  // normal (0, 0, 1)
+                    for (int c = 0; c < 3; ++c) vertex(tri[c][0], tri[c][1], at + 12 + 12 * c);
+                    at += 50;
+                }
+            }
+    } else {
+        const InputStats torus = write_torus_stl(path, facets, true);
+        std::ifstream in(path, std::ios::binary);
+        data.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+        const std::size_t count = (data.size() - 84) / 50;
+        const float nan = std::numeric_limits<float>::quiet_NaN(), inf = std::numeric_limits<float>::infinity();
+        if (kind == "nan-vertex") {
+            put_float(84 + 12, nan);
+        } else if (kind == "nan-normal") {
+            put_float(84, nan);
+        } else if (kind == "nan-1pct") {
+            for (std::size_t i = 0; i < count; i += 100) put_float(84 + 50 * i + 4 * (bits.next() % 12), nan);
+        } else if (kind == "inf-third") {
+            for (std::size_t i = 0; i < count * 12; ++i)
+                if (bits.next() % 3 == 0) put_float(84 + 50 * (i / 12) + 4 * (i % 12), (bits.next() & 1) ? inf : -inf);
+        } else if (kind == "random-bytes") {
+            for (char& c : data) c = static_cast<char>(bits.next() >> 56);
+        } else {
+            throw std::runtime_error("unknown adversarial STL kind " + kind);
+        }
+        (void)torus;
+    }
+    write_text(path, data);
+    std::uint32_t claimed = 0;
+    std::memcpy(&claimed, &data[80], sizeof claimed);
+    return {static_cast<long long>(data.size()), static_cast<long long>(claimed), 0};
 }
 
 }  // namespace zorbench

@@ -43,4 +43,12 @@ InputStats write_tool_library(const std::string& path, int tools);
 // items: facets; detail: distinct vertices.
 InputStats write_torus_stl(const std::string& path, long long facets, bool binary);
 
+// Hostile binary STL files beside the torus of the same size (kind:
+// nan-vertex, nan-normal, nan-1pct, inf-third: the torus with NaN or
+// infinite values put in; chained-tiny: near-zero x values about 1e-9 apart,
+// chaining within the index's 1e-8 tolerance, y keeping every vertex
+// distinct; random-bytes: as many random bytes as the torus file).
+// items: facets the file claims to hold.
+InputStats write_adversarial_stl(const std::string& path, const std::string& kind, long long facets);
+
 }  // namespace zorbench

@@ -3,7 +3,8 @@
 //   zorbench input=NAME path=PATH bytes=B items=N detail=D
 // Kinds and their size: objectfile (bytes), dxf (entities, on 10 layers),
 // extrusion (segments), arcs (arcs, tolerance 0.001), tools (tools),
-// stl-binary and stl-ascii (facets).
+// stl-binary and stl-ascii (facets), stl-hostile-KIND (facets of the torus
+// it is made from; see write_adversarial_stl).
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -41,6 +42,8 @@ int main(int argc, char** argv) {
                 stats = zorbench::write_tool_library(path += ".xml", static_cast<int>(size));
             } else if (kind == "stl-binary" || kind == "stl-ascii") {
                 stats = zorbench::write_torus_stl(path += ".stl", size, kind == "stl-binary");
+            } else if (kind.rfind("stl-hostile-", 0) == 0) {
+                stats = zorbench::write_adversarial_stl(path += ".stl", kind.substr(12), size);
             } else {
                 std::fprintf(stderr, "zorbench_inputs: unknown kind %s\n", kind.c_str());
                 return 2;

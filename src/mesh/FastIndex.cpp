@@ -1,10 +1,10 @@
 #include "mesh/FastIndex.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstring>
 #include <iterator>
+#include <tuple>
 
 namespace zor {
 
@@ -28,6 +28,12 @@ float float_of(std::uint32_t b) {
 
 bool is_small(float v) { return v >= -kSmall && v <= kSmall; }
 
+int first_non_finite(const float v[3]) {
+    int f = 0;
+    while (f < 3 && std::isfinite(v[f])) ++f;
+    return f;
+}
+
 std::uint64_t mix(std::uint64_t h) {
     h ^= h >> 29;
     h *= 0xBF58476D1CE4E5B9ull;
@@ -41,6 +47,8 @@ std::uint64_t hash_keys(std::uint32_t a, std::uint32_t b, std::uint32_t c) {
     return mix(h);
 }
 
+std::uint64_t pair_key(std::uint32_t a, std::uint32_t b) { return static_cast<std::uint64_t>(a) << 32 | b; }
+
 int compare(const TMTPoint& stored, const float q[3]) {
     const float s[3] = {stored.x, stored.y, stored.z};
     for (int a = 0; a < 3; ++a)
@@ -51,7 +59,7 @@ int compare(const TMTPoint& stored, const float q[3]) {
 }  // namespace
 
 std::size_t FastIndex::BlockHash::operator()(const BlockKey& k) const {
-    return static_cast<std::size_t>(hash_keys(k.c[0] ^ (k.depth << 30), k.c[1], k.c[2]));
+    return static_cast<std::size_t>(hash_keys(k.c[0] ^ (k.depth << 30), k.c[1] ^ k.gen.x, k.c[2] ^ (k.gen.xy * 31)));
 }
 
 bool FastIndex::ValueMap::find(std::uint32_t bits, std::uint32_t& cluster) const {
@@ -98,9 +106,9 @@ std::uint32_t FastIndex::Axis::root(std::uint32_t id) const {
     return id;
 }
 
-FastIndex::Comp FastIndex::comp_of(int axis, float v) {
-    if (!is_small(v)) return Comp{bits_of(v), -1, std::isfinite(v) != 0};
-    Axis& ax = m_axes[axis];
+FastIndex::Comp FastIndex::comp_of(int axis, float v) const {
+    if (!is_small(v)) return Comp{bits_of(v), -1, true};
+    const Axis& ax = m_axes[axis];
     std::uint32_t hit = 0;
     if (!ax.exact.find(bits_of(v == 0.0f ? 0.0f : v), hit)) return Comp{bits_of(v), -1, true};  // not reached
     const std::uint32_t id = ax.root(hit);
@@ -108,23 +116,69 @@ FastIndex::Comp FastIndex::comp_of(int axis, float v) {
     return Comp{bits_of(cl.rep), static_cast<std::int32_t>(id), cl.complete};
 }
 
-// The component of v on axis, recording v among the axis's values. Values
-// of queries are recorded too: a component that takes in more values than
-// the records have is coarser, which keeps every answer exact.
-bool FastIndex::classify(int axis, float v, Comp& comp, PointPool& pool) {
-    if (std::isnan(v)) return false;
-    if (!is_small(v)) {
-        // Infinities never compare equal, not even to themselves: a block of their own.
-        comp = Comp{bits_of(v), -1, std::isfinite(v) != 0};
-        return true;
+std::uint32_t FastIndex::gen_x(std::uint32_t x) const {
+    if (m_genX.empty()) return 0;
+    auto it = m_genX.find(x);
+    return it == m_genX.end() ? 0 : it->second;
+}
+
+std::uint32_t FastIndex::gen_xy(std::uint32_t x, std::uint32_t y) const {
+    if (m_genXY.empty()) return 0;
+    auto it = m_genXY.find(pair_key(x, y));
+    return it == m_genXY.end() ? 0 : it->second;
+}
+
+FastIndex::Tag FastIndex::tag_of(std::uint32_t ordinal) const {
+    return ordinal < m_tags.size() ? m_tags[ordinal] : Tag{};
+}
+
+void FastIndex::set_tag(std::uint32_t ordinal, Tag tag) {
+    if (ordinal >= m_tags.size()) {
+        if (tag.x == 0 && tag.xy == 0) return;
+        m_tags.resize(ordinal + 1);
     }
+    m_tags[ordinal] = tag;
+}
+
+// The components, depth and group generations of v as things stand.
+FastIndex::Key FastIndex::key_of(const float v[3]) const {
+    Key k{};
+    k.finite = first_non_finite(v);
+    k.depth = k.finite;
+    for (int a = 0; a < k.finite; ++a) {
+        k.comps[a] = comp_of(a, v[a]);
+        if (!k.comps[a].complete && k.depth == k.finite) k.depth = a;
+    }
+    // A group's generation matters while the axes above it are complete.
+    if (k.depth >= 1 && k.finite >= 1) k.tag.x = gen_x(k.comps[0].key);
+    if (k.depth >= 2 && k.finite >= 2) k.tag.xy = gen_xy(k.comps[0].key, k.comps[1].key);
+    return k;
+}
+
+FastIndex::BlockKey FastIndex::block_of(const Key& k) const {
+    BlockKey b{static_cast<std::uint32_t>(k.depth), {0, 0, 0}, {}};
+    for (int a = 0; a <= k.depth && a < 3; ++a) b.c[a] = k.comps[a].key;
+    if (k.depth >= 1) b.gen.x = k.tag.x;
+    if (k.depth >= 2) b.gen.xy = k.tag.xy;
+    return b;
+}
+
+// A record is live (reachable by later walks) while no NaN has closed one
+// of its groups since it was added.
+bool FastIndex::live(std::uint32_t ordinal, const Key& k) const {
+    const Tag t = tag_of(ordinal);
+    return (k.depth < 1 || k.finite < 1 || t.x == k.tag.x) && (k.depth < 2 || k.finite < 2 || t.xy == k.tag.xy);
+}
+
+// Records the finite value v on axis and updates its component. Values of
+// queries are recorded too: a component that takes in more values than the
+// records have is coarser, which keeps every answer exact.
+void FastIndex::classify(int axis, float v, PointPool& pool) {
+    if (!is_small(v)) return;
     Axis& ax = m_axes[axis];
     const float c = v == 0.0f ? 0.0f : v;
     std::uint32_t known = 0;
-    if (ax.exact.find(bits_of(c), known)) {
-        comp = comp_of(axis, c);
-        return true;
-    }
+    if (ax.exact.find(bits_of(c), known)) return;
     auto it = ax.values.lower_bound(c);
     // The values equal to c form an interval around it: its neighbours tell.
     const bool toNext = it != ax.values.end() && axis_equal(it->first, c, kFastTolerance);
@@ -164,31 +218,23 @@ bool FastIndex::classify(int axis, float v, Comp& comp, PointPool& pool) {
     }
     ax.values.emplace(c, placed);
     ax.exact.put(bits_of(c), placed);
-    comp = comp_of(axis, c);
-    return true;
-}
-
-FastIndex::BlockKey FastIndex::block_of(const Comp comps[3]) const {
-    BlockKey k{3, {0, 0, 0}};
-    for (int a = 0; a < 3; ++a) {
-        k.c[a] = comps[a].key;
-        if (!comps[a].complete) {
-            k.depth = static_cast<std::uint32_t>(a);
-            return k;
-        }
-    }
-    return k;
 }
 
 // Moves the records whose component on axis lies in the clusters old into
-// one block of cluster into (incomplete from now on), in their chain order:
-// the order of the old components, then of what each kept inside.
+// one block of cluster into (incomplete from now on), in their list order:
+// the order of the old components, then of what each kept inside. Inside a
+// group of complete components the list holds, newest generation first,
+// the generation's -inf records (newest first), its finite components in
+// order, its +inf records (newest first) and the NaN that opened it. Records
+// that a NaN put out of reach stay in the block: once their component is no
+// longer complete, keys that do not compare equal to that NaN's record can
+// pass it and reach them.
 void FastIndex::restructure(int axis, const std::vector<std::int32_t>& old, std::int32_t into, PointPool& pool) {
     Axis& ax = m_axes[axis];
     struct Item {
         std::uint32_t ordinal;
         BlockKey target;
-        std::array<double, 6> key;
+        std::array<double, 10> key;
         int length;
     };
     std::vector<Item> items;
@@ -200,12 +246,15 @@ void FastIndex::restructure(int axis, const std::vector<std::int32_t>& old, std:
     for (std::uint32_t o : nodes) {
         const TMTPoint& p = pool.at(o);
         const float v[3] = {p.x, p.y, p.z};
-        Comp comps[3] = {comp_of(0, v[0]), comp_of(1, v[1]), comp_of(2, v[2])};
-        bool shallower = false;
-        for (int b = 0; b < axis; ++b) shallower = shallower || !comps[b].complete;
-        if (shallower) continue;  // in a block of a lower axis, which does not change
-        const BlockKey where = block_of(comps);
-        if (where.depth < 3 && position.find(o) == position.end()) {
+        Key k = key_of(v);
+        if (k.depth < axis) continue;  // in a block of a lower axis, which does not change
+        // Records behind a NaN keep their place too, in a block of their
+        // own generation: no key walks it, but a later merge above it may
+        // bring them back within reach.
+        const Tag own = tag_of(o);
+        k.tag = own;
+        if (k.depth < k.finite && position.find(o) == position.end()) {
+            const BlockKey where = block_of(k);
             auto blk = m_blocks.find(where);
             if (blk != m_blocks.end()) {
                 for (std::size_t i = 0; i < blk->second.size(); ++i)
@@ -213,11 +262,21 @@ void FastIndex::restructure(int axis, const std::vector<std::int32_t>& old, std:
                 consumed.push_back(where);
             }
         }
-        Item item{o, BlockKey{static_cast<std::uint32_t>(axis), {0, 0, 0}}, {}, 0};
-        for (int b = 0; b < axis; ++b) item.target.c[b] = comps[b].key;
+        Item item{o, BlockKey{static_cast<std::uint32_t>(axis), {0, 0, 0}, {}}, {}, 0};
+        for (int b = 0; b < axis; ++b) item.target.c[b] = k.comps[b].key;
+        if (axis >= 1) item.target.gen.x = own.x;
+        if (axis >= 2) item.target.gen.xy = own.xy;
         for (int b = axis; b < 3; ++b) {
-            item.key[item.length++] = float_of(comps[b].key);
-            if (!comps[b].complete) {
+            if (b > axis) item.key[item.length++] = -static_cast<double>(b == 1 ? own.x : own.xy);
+            if (b >= k.finite) {
+                const float x = v[b];
+                item.key[item.length++] = std::isnan(x) ? 3 : (x < 0 ? 0 : 2);
+                item.key[item.length++] = std::isnan(x) ? 0 : -static_cast<double>(o);
+                break;
+            }
+            item.key[item.length++] = 1;
+            item.key[item.length++] = float_of(k.comps[b].key);
+            if (!k.comps[b].complete) {
                 item.key[item.length++] = position[o];
                 break;
             }
@@ -227,8 +286,9 @@ void FastIndex::restructure(int axis, const std::vector<std::int32_t>& old, std:
     }
     for (const BlockKey& k : consumed) m_blocks.erase(k);
     std::sort(items.begin(), items.end(), [](const Item& a, const Item& b) {
-        for (int i = 0; i < 3; ++i)
-            if (a.target.c[i] != b.target.c[i]) return a.target.c[i] < b.target.c[i];
+        const auto ta = std::make_tuple(a.target.c[0], a.target.c[1], a.target.c[2], a.target.gen.x, a.target.gen.xy);
+        const auto tb = std::make_tuple(b.target.c[0], b.target.c[1], b.target.c[2], b.target.gen.x, b.target.gen.xy);
+        if (ta != tb) return ta < tb;
         return std::lexicographical_compare(a.key.begin(), a.key.begin() + a.length, b.key.begin(),
                                             b.key.begin() + b.length);
     });
@@ -239,25 +299,33 @@ void FastIndex::restructure(int axis, const std::vector<std::int32_t>& old, std:
     }
 }
 
-bool FastIndex::same_comps(const TMTPoint& p, const Comp comps[3]) {
+bool FastIndex::same_comps(const TMTPoint& p, const Key& k) const {
     const float v[3] = {p.x, p.y, p.z};
     for (int a = 0; a < 3; ++a)
-        if (bits_of(v[a]) != comps[a].key && comp_of(a, v[a]).key != comps[a].key) return false;
+        if (bits_of(v[a]) != k.comps[a].key && comp_of(a, v[a]).key != k.comps[a].key) return false;
     return true;
 }
 
-FastIndex::Result FastIndex::find(const float v[3], PointPool& pool, const ListLevels& levels, double tolerance,
+FastIndex::Result FastIndex::find(const float v[3], PointPool& pool, const ListLevels& levels,
                                   std::uint32_t& ordinal) {
-    if (tolerance != kFastTolerance) return Result::Irregular;
-    for (int a = 0; a < 3; ++a)
-        if (!classify(a, v[a], m_comps[a], pool)) return Result::Irregular;
+    const int finite = first_non_finite(v);
+    for (int a = 0; a < finite; ++a) classify(a, v[a], pool);
     // Components of earlier axes may have changed while classifying later ones.
-    for (int a = 0; a < 3; ++a)
-        if (m_comps[a].cluster >= 0) m_comps[a] = comp_of(a, v[a]);
-    m_block = block_of(m_comps);
-    m_toHash = m_block.depth == 3;
-    if (m_toHash) {
-        m_hash = hash_keys(m_comps[0].key, m_comps[1].key, m_comps[2].key);
+    m_key = key_of(v);
+    m_nan = finite < 3 && std::isnan(v[finite]);
+    if (m_key.depth < m_key.finite) {
+        m_place = Place::Block;
+    } else if (m_key.finite == 3) {
+        m_place = Place::Hash;
+    } else {
+        // Its first non-finite value never compares equal: a new record,
+        // which no structure needs until a component above it changes.
+        m_place = Place::Nowhere;
+        return Result::Missing;
+    }
+    if (m_place == Place::Hash) {
+        m_reuse = false;
+        m_hash = hash_keys(m_key.comps[0].key, m_key.comps[1].key, m_key.comps[2].key);
         if (m_slots.empty()) return Result::Missing;
         const std::size_t mask = m_slots.size() - 1;
         const std::uint32_t tag = static_cast<std::uint32_t>(m_hash >> 32);
@@ -268,14 +336,22 @@ FastIndex::Result FastIndex::find(const float v[3], PointPool& pool, const ListL
                 return Result::Missing;
             }
             const std::uint32_t o = s.ordinalPlusOne - 1;
-            if (s.tag == tag && m_inHash[o] && same_comps(pool.at(o), m_comps)) {
-                ordinal = o;
-                return Result::Found;
+            if (s.tag == tag && m_inHash[o] && same_comps(pool.at(o), m_key)) {
+                if (live(o, m_key)) {
+                    ordinal = o;
+                    return Result::Found;
+                }
+                // At most one record per components in the hash: the new
+                // one takes the unreachable one's slot.
+                m_slot = i;
+                m_reuse = true;
+                return Result::Missing;
             }
         }
     }
     // The literal walk over this block, level by level as the search list
     // descends (records outside the block compare below or above it).
+    m_block = block_of(m_key);
     const std::vector<std::uint32_t>& chain = m_blocks[m_block];
     const std::size_t n = chain.size();
     std::size_t next = 0;  // first position not passed
@@ -300,9 +376,9 @@ void FastIndex::prefetch(const float v[3]) const {
     __builtin_prefetch(&m_slots[static_cast<std::uint32_t>(h >> 32) >> m_shift]);
 }
 
-void FastIndex::add_member(std::uint32_t ordinal, const Comp comps[3]) {
-    for (int a = 0; a < 3; ++a)
-        if (comps[a].cluster >= 0) m_axes[a].clusters[comps[a].cluster].members.push_back(ordinal);
+void FastIndex::add_member(std::uint32_t ordinal, const Key& k) {
+    for (int a = 0; a < k.finite; ++a)
+        if (k.comps[a].cluster >= 0) m_axes[a].clusters[k.comps[a].cluster].members.push_back(ordinal);
 }
 
 void FastIndex::grow(std::uint32_t ordinal) {
@@ -331,14 +407,36 @@ void FastIndex::grow(std::uint32_t ordinal) {
 }
 
 void FastIndex::insert(std::uint32_t ordinal) {
-    add_member(ordinal, m_comps);
+    if (m_place == Place::Nowhere && m_nan) {
+        if (m_key.finite == 0) {
+            // A NaN x stops every walk: nothing behind it is reached again.
+            forget_records();
+            return;
+        }
+        // The NaN closes its group; the group's records added from now on
+        // (this one included) are its live ones.
+        const std::uint32_t x = m_key.comps[0].key;
+        if (m_key.finite == 1) {
+            m_key.tag.x = ++m_genX[x];
+        } else {
+            m_key.tag.xy = ++m_genXY[pair_key(x, m_key.comps[1].key)];
+        }
+    }
+    set_tag(ordinal, m_key.tag);
+    add_member(ordinal, m_key);
+    if (m_place == Place::Nowhere) return;
     if (m_inHash.size() <= ordinal) m_inHash.resize(ordinal + 1, false);
-    if (!m_toHash) {
+    if (m_place == Place::Block) {
         std::vector<std::uint32_t>& chain = m_blocks[m_block];
         chain.insert(chain.begin() + static_cast<std::ptrdiff_t>(m_position), ordinal);
         return;
     }
     m_inHash[ordinal] = true;
+    if (m_reuse) {
+        m_inHash[m_slots[m_slot].ordinalPlusOne - 1] = false;
+        m_slots[m_slot].ordinalPlusOne = ordinal + 1;
+        return;
+    }
     // Keep the load at most one half so probes stay short.
     if (static_cast<std::size_t>(m_used + 1) * 2 > m_slots.size()) {
         grow(ordinal);  // places the new record too
@@ -348,35 +446,21 @@ void FastIndex::insert(std::uint32_t ordinal) {
     ++m_used;
 }
 
-std::vector<std::uint32_t> FastIndex::sorted_ordinals(PointPool& pool, std::uint32_t count) {
-    // Component order on each axis, then the chain order kept in each block.
-    std::unordered_map<std::uint32_t, std::uint32_t> position;
-    for (const auto& blk : m_blocks)
-        for (std::size_t i = 0; i < blk.second.size(); ++i) position[blk.second[i]] = static_cast<std::uint32_t>(i);
-    struct Item {
-        std::array<double, 4> key;
-        std::uint32_t ordinal;
-    };
-    std::vector<Item> items(count);
-    for (std::uint32_t o = 0; o < count; ++o) {
-        const TMTPoint& p = pool.at(o);
-        const float v[3] = {p.x, p.y, p.z};
-        Item& it = items[o];
-        it.ordinal = o;
-        it.key = {0, 0, 0, 0};
-        for (int a = 0; a < 3; ++a) {
-            const Comp c = comp_of(a, v[a]);
-            it.key[a] = float_of(c.key);
-            if (!c.complete) {
-                it.key[a + 1] = position[o];
-                break;
-            }
-        }
+void FastIndex::forget_records() {
+    // The per-ordinal arrays stay: later ordinals are new, and earlier ones
+    // are never looked at again.
+    for (Axis& a : m_axes) {
+        a.values.clear();
+        a.exact.clear();
+        a.clusters.clear();
+        a.parent.clear();
     }
-    std::sort(items.begin(), items.end(), [](const Item& a, const Item& b) { return a.key < b.key; });
-    std::vector<std::uint32_t> out(count);
-    for (std::uint32_t i = 0; i < count; ++i) out[i] = items[i].ordinal;
-    return out;
+    m_blocks.clear();
+    std::vector<Slot>().swap(m_slots);
+    m_used = 0;
+    m_shift = 32;
+    m_genX.clear();
+    m_genXY.clear();
 }
 
 void FastIndex::clear() {
@@ -391,6 +475,9 @@ void FastIndex::clear() {
     std::vector<bool>().swap(m_inHash);
     m_used = 0;
     m_shift = 32;
+    m_genX.clear();
+    m_genXY.clear();
+    std::vector<Tag>().swap(m_tags);
 }
 
 }  // namespace zor

@@ -102,32 +102,6 @@ int family_level(int kind) {
     return std::min(level, kSearchListMaxLevel);
 }
 
-// The search list the literal inserts would have built so far: the records
-// in class order, record k (0-based) with the level SL_insert gave it.
-void build_search_list(SL_List* list, unsigned int kind, KindEngine& engine, unsigned int count) {
-    const std::vector<std::uint32_t> order = engine.fast.sorted_ordinals(engine.pool, count);
-    const int drawn = family_level(static_cast<int>(kind));
-    std::vector<SL_Node*> nodes(count);
-    std::vector<int> levels(count);
-    for (std::uint32_t i = 0; i < count; ++i) {
-        const std::uint32_t k = order[i];
-        levels[i] = drawn == 0 ? 0 : std::min<int>(drawn, static_cast<int>(k) + 1);
-        nodes[i] = new_node(levels[i]);
-        nodes[i]->key = &engine.pool.at(k);
-    }
-    list->level = drawn == 0 ? 0 : std::min<int>(drawn, static_cast<int>(count));
-    SL_Node* sentinel = family(static_cast<int>(kind))->sentinel;
-    for (int h = 0; h <= list->level; ++h) {
-        SL_Node* prev = list->header;
-        for (std::uint32_t i = 0; i < count; ++i) {
-            if (levels[i] < h) continue;
-            sl_forward(prev, h) = nodes[i];
-            prev = nodes[i];
-        }
-        sl_forward(prev, h) = sentinel;
-    }
-}
-
 // Steps 3 and 4 of TMT_point_index: a new record at the tail of its kind.
 TMTPoint* add_record(unsigned int kind, float x, float y, float z) {
     MeshIndexState& s = mesh_index_state();
@@ -351,39 +325,42 @@ int TMT_init(SL_List** points, SL_List** vectors) {
 int TMT_point_index(float x, float y, float z, TMTPoint** record, SL_List** list, unsigned int kind) {
     if (list == nullptr || (kind != kPointKind && kind != kVectorKind)) return 0;
     KindEngine& engine = internals().engines[kind - 1];
+    MeshIndexState& s = mesh_index_state();
     if (*list == nullptr) {
         SL_init_family(static_cast<int>(kind));
         *list = SL_new_list(0, TMT_compare_points, static_cast<int>(kind));
-        engine.literal = internals().literalOnly;
+        // The lookup is built for the module's tolerance; tests that change
+        // it (before the first point of a read) get the literal list.
+        engine.literal = internals().literalOnly || s.tolerance != kFastTolerance;
         engine.drawnLevel = family_level(static_cast<int>(kind));
     }
-    MeshIndexState& s = mesh_index_state();
     if (!engine.literal) {
         const float v[3] = {x, y, z};
         ListLevels levels;
         levels.drawn = engine.drawnLevel;
         levels.count = s.kind(kind).count;
         std::uint32_t ordinal = 0;
-        switch (engine.fast.find(v, engine.pool, levels, s.tolerance, ordinal)) {
-            case FastIndex::Result::Found:
+        TMTPoint* p = nullptr;
+        try {
+            if (engine.fast.find(v, engine.pool, levels, ordinal) == FastIndex::Result::Found) {
                 if (record != nullptr) *record = &engine.pool.at(ordinal);
                 return 1;
-            case FastIndex::Result::Missing: {
-                TMTPoint* p = add_record(kind, x, y, z);
-                if (p == nullptr) return 0;
-                if (record != nullptr) *record = p;
-                // The level draw of SL_insert, for its effect on rand().
-                SL_random_level(static_cast<int>(kind));
-                engine.fast.insert(p->index - 1);
-                s.kind(kind).tail = p;
-                return static_cast<int>(s.kind(kind).count);
             }
-            case FastIndex::Result::Irregular:
-                build_search_list(*list, kind, engine, s.kind(kind).count);
-                engine.fast.clear();
-                engine.literal = true;
-                break;
+            p = add_record(kind, x, y, z);
+            if (p == nullptr) return 0;
+            if (record != nullptr) *record = p;
+            // The level draw of SL_insert, for its effect on rand().
+            SL_random_level(static_cast<int>(kind));
+            engine.fast.insert(p->index - 1);
+        } catch (const std::bad_alloc&) {
+            // The lookup could not grow: the point is lost like a record that
+            // could not be allocated, and the read that asked is abandoned.
+            report(s.kind(kind).count > (p != nullptr ? 1u : 0u) ? "TMT_point_index: allocation error in linked list\n"
+                                                                 : "TMT_point_index: error allocating TMTFirst\n");
+            return 0;
         }
+        s.kind(kind).tail = p;
+        return static_cast<int>(s.kind(kind).count);
     }
     TMTPoint key{x, y, z, 0, nullptr};
     if (void* found = SL_search(*list, &key)) {
@@ -464,6 +441,12 @@ void tmt_prefetch_face(const float vertices[9], const float normal[3]) {
     if (!in.engines[0].literal)
         for (int i = 0; i < 3; ++i) in.engines[0].fast.prefetch(vertices + 3 * i);
     if (!in.engines[1].literal) in.engines[1].fast.prefetch(normal);
+}
+
+bool tmt_inserts_draw_random() {
+    for (const Family& f : internals().families)
+        if (f.sentinel != nullptr && (static_cast<unsigned int>(f.word) & 0x3FFFFFFFu) == 0) return true;
+    return false;
 }
 
 void tmt_release_lookup() {

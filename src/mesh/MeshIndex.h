@@ -91,6 +91,11 @@ int tmt_add_face_indices(const float vertices[9], const float normal[3], SL_List
 // Hint that the vertices and normal of a coming face will be looked up soon.
 void tmt_prefetch_face(const float vertices[9], const float normal[3]);
 
+// True when a record added from now on would draw from rand() (a family
+// word whose fifteen level draws are all zero); the STL reader must then
+// index facets it is going to throw away, for their effect on rand().
+bool tmt_inserts_draw_random();
+
 // After the last face: drops the hash tables of both kinds (the records and
 // search lists stay until TMT_free).
 void tmt_release_lookup();

@@ -194,8 +194,29 @@ int STL_read_binary(ReadContext& c) {
         return 0;
     }
     if (count < 1) return 1;
-    // Room for the facets the file can hold, not for what the count claims.
-    c.faces->reserve(std::min<std::size_t>(static_cast<std::size_t>(count), in.remaining_hint() / kFacetBytes + 1));
+    // A count the file cannot hold fails where the bytes run out, with
+    // nothing of the mesh returned: no need to index what would be thrown
+    // away (the reads would fail at the same facet with the same text).
+    const std::size_t left = in.remaining_hint();
+    if (left > 0 && left / kFacetBytes < static_cast<std::size_t>(count)) {
+        // Indexing the first facet draws the search lists' random words, as
+        // the full read would; later facets only draw in the rare case that
+        // tmt_inserts_draw_random tells, and are then indexed as well.
+        float f[12];
+        std::uint16_t attribute;
+        if (left >= kFacetBytes && in.read(f, sizeof f) == sizeof f && STL_read_short(in, attribute) &&
+            !add_face(c, f + 3, f)) {
+            set_error("Error adding the facet");
+            return 0;
+        }
+        if (left < kFacetBytes || !tmt_inserts_draw_random()) {
+            set_error(left % kFacetBytes < 48 ? "Error reading a float" : "Error reading a short");
+            return 0;
+        }
+        --count;
+    }
+    // Room for the whole mesh where the file's size vouches for the count.
+    c.faces->reserve(left > 0 ? static_cast<std::size_t>(count) : 1024);
     float f[12];
     constexpr std::size_t kAhead = 8;  // facets whose hash slots are loaded early
     for (std::int32_t i = 0; i < count; ++i) {

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 #include <iterator>
+#include <limits>
 #include <tuple>
 
 namespace zor {
@@ -54,6 +55,40 @@ int compare(const TMTPoint& stored, const float q[3]) {
     for (int a = 0; a < 3; ++a)
         if (!axis_equal(s[a], q[a], kFastTolerance)) return q[a] > s[a] ? -1 : 1;
     return 0;
+}
+
+// The values equal to q on one axis, as order keys [lo, hi]; all: every
+// value compares above q (q is NaN or -inf).
+struct EqRange {
+    std::uint32_t lo, hi;
+    bool all;
+};
+
+float float_of_key(std::uint32_t k) { return float_of((k & 0x80000000u) != 0 ? k & 0x7FFFFFFFu : ~k); }
+
+EqRange eq_range(float q) {
+    const float inf = std::numeric_limits<float>::infinity();
+    const std::uint32_t top = order_key(inf);
+    if (std::isnan(q) || q == -inf) return EqRange{0, 0, true};
+    if (q == inf) return EqRange{top, top - 1, false};
+    // |a - b| in single precision grows with a, so the values equal to q form
+    // an interval of keys around q's; near zero it spans billions of floats,
+    // hence the bisection.
+    const std::uint32_t at = order_key(q);
+    auto equal = [q](std::uint32_t k) { return axis_equal(float_of_key(k), q, kFastTolerance); };
+    std::uint32_t lo = order_key(-inf), hi = at;  // first equal key in (lo, hi]
+    while (hi - lo > 1) {
+        const std::uint32_t mid = lo + (hi - lo) / 2;
+        (equal(mid) ? hi : lo) = mid;
+    }
+    const std::uint32_t first = hi;
+    lo = at;
+    hi = top;  // last equal key in [lo, hi)
+    while (hi - lo > 1) {
+        const std::uint32_t mid = lo + (hi - lo) / 2;
+        (equal(mid) ? lo : hi) = mid;
+    }
+    return EqRange{first, lo, false};
 }
 
 }  // namespace
@@ -257,8 +292,8 @@ void FastIndex::restructure(int axis, const std::vector<std::int32_t>& old, std:
             const BlockKey where = block_of(k);
             auto blk = m_blocks.find(where);
             if (blk != m_blocks.end()) {
-                for (std::size_t i = 0; i < blk->second.size(); ++i)
-                    position[blk->second[i]] = static_cast<std::uint32_t>(i);
+                std::uint32_t rank = 0;
+                blk->second.for_each([&](std::uint32_t member) { position[member] = rank++; });
                 consumed.push_back(where);
             }
         }
@@ -295,7 +330,10 @@ void FastIndex::restructure(int axis, const std::vector<std::int32_t>& old, std:
     const std::uint32_t intoKey = bits_of(ax.clusters[into].rep);
     for (Item& item : items) {
         item.target.c[axis] = intoKey;
-        m_blocks[item.target].push_back(item.ordinal);
+        BlockChain& chain = m_blocks[item.target];
+        const TMTPoint& p = pool.at(item.ordinal);
+        const float v[3] = {p.x, p.y, p.z};
+        chain.insert(chain.size(), item.ordinal, order_key(v[axis]), axis < 2 ? order_key(v[axis + 1]) : 0);
     }
 }
 
@@ -313,6 +351,7 @@ FastIndex::Result FastIndex::find(const float v[3], PointPool& pool, const ListL
     // Components of earlier axes may have changed while classifying later ones.
     m_key = key_of(v);
     m_nan = finite < 3 && std::isnan(v[finite]);
+    std::copy(v, v + 3, m_value);
     if (m_key.depth < m_key.finite) {
         m_place = Place::Block;
     } else if (m_key.finite == 3) {
@@ -349,21 +388,37 @@ FastIndex::Result FastIndex::find(const float v[3], PointPool& pool, const ListL
             }
         }
     }
-    // The literal walk over this block, level by level as the search list
-    // descends (records outside the block compare below or above it).
+    // The walk over this block, level by level as the search list descends
+    // (records outside the block compare below or above it). At the list's
+    // level every record but the few first ones is visible, and the tree
+    // finds the first of them the walk stops at; the walk on the lower
+    // levels can only meet the few first records just before it.
     m_block = block_of(m_key);
-    const std::vector<std::uint32_t>& chain = m_blocks[m_block];
+    const BlockChain& chain = m_blocks[m_block];
     const std::size_t n = chain.size();
-    std::size_t next = 0;  // first position not passed
-    for (int l = levels.list(); l >= 0; --l) {
-        for (std::size_t j = next; j < n; ++j) {
-            if (levels.node(chain[j]) < l) continue;
-            if (compare(pool.at(chain[j]), v) >= 0) break;
+    const int d = m_key.depth;
+    const EqRange rx = eq_range(v[d]);
+    const std::uint32_t lowY = d < 2 ? eq_range(v[d + 1]).lo : 0;
+    auto may = [&](std::uint32_t first, std::uint32_t second) {
+        // A record stops the walk only when it is not below on axis d, and is
+        // above it or not below on the next axis.
+        return rx.all || (first >= rx.lo && (first > rx.hi || d == 2 || second >= lowY));
+    };
+    const int top = levels.list();
+    std::size_t stop = chain.find_first(
+        0, may, [&](std::uint32_t o) { return levels.node(o) >= top && compare(pool.at(o), v) >= 0; });
+    if (stop == BlockChain::npos) stop = n;
+    std::size_t next = stop;  // first position not passed
+    while (next > 0 && levels.node(chain.at(next - 1)) < top) --next;
+    for (int l = top - 1; l >= 0; --l) {
+        for (std::size_t j = next; j < stop; ++j) {
+            if (levels.node(chain.at(j)) < l) continue;
+            if (compare(pool.at(chain.at(j)), v) >= 0) break;
             next = j + 1;
         }
     }
-    if (next < n && compare(pool.at(chain[next]), v) == 0) {
-        ordinal = chain[next];
+    if (next < n && compare(pool.at(chain.at(next)), v) == 0) {
+        ordinal = chain.at(next);
         return Result::Found;
     }
     m_position = next;
@@ -427,8 +482,8 @@ void FastIndex::insert(std::uint32_t ordinal) {
     if (m_place == Place::Nowhere) return;
     if (m_inHash.size() <= ordinal) m_inHash.resize(ordinal + 1, false);
     if (m_place == Place::Block) {
-        std::vector<std::uint32_t>& chain = m_blocks[m_block];
-        chain.insert(chain.begin() + static_cast<std::ptrdiff_t>(m_position), ordinal);
+        const int d = m_key.depth;
+        m_blocks[m_block].insert(m_position, ordinal, order_key(m_value[d]), d < 2 ? order_key(m_value[d + 1]) : 0);
         return;
     }
     m_inHash[ordinal] = true;

@@ -18,8 +18,9 @@
 //   complete there is at most one live record per triple of components and a
 //   hash finds it. Where one is not (near-zero values that chain, like -6e-9,
 //   0, 6e-9), the records of that block are kept in list order and the walk
-//   is done literally over that block only, with the levels the search list
-//   gives its nodes.
+//   is done over that block only, with the levels the search list gives its
+//   nodes; a tree over the block (BlockChain.h) skips the runs of records
+//   that the walk passes.
 // - Infinities never compare equal, not even to themselves, and decide every
 //   comparison on their axis: a record whose first non-finite value is an
 //   infinity is never found again, and -inf records sit in front of their
@@ -42,6 +43,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "mesh/BlockChain.h"
 #include "mesh/MeshIndex.h"
 
 namespace zor {
@@ -164,7 +166,7 @@ private:
     void forget_records();
 
     Axis m_axes[3];
-    std::unordered_map<BlockKey, std::vector<std::uint32_t>, BlockHash> m_blocks;
+    std::unordered_map<BlockKey, BlockChain, BlockHash> m_blocks;
     std::vector<Slot> m_slots;  // indexed by the top bits of the tag
     int m_shift = 32;
     std::vector<bool> m_inHash;  // per ordinal: found through the hash
@@ -176,6 +178,7 @@ private:
 
     // Where the last Missing find wants the new record.
     Key m_key{};
+    float m_value[3] = {0, 0, 0};
     bool m_nan = false;
     Place m_place = Place::Nowhere;
     std::uint64_t m_hash = 0;

@@ -4,9 +4,11 @@
 // A host constructs one CMWZORFile per file, repeats ReadType and calls the
 // Read... method for the returned code (or ReadDummy to skip the record) until
 // ReadType returns false. Readers return false at the first missing or
-// malformed line; values already stored stay. Output pointers may be null: the
-// line is read and its value dropped. Only one object file may be read at a
-// time in the process (module-wide tables and line buffer).
+// malformed line; values already stored stay. A reader that runs out of
+// memory returns false too and ends the file (every later read fails).
+// Output pointers may be null: the line is read and its value dropped. Only
+// one object file may be read at a time in the process (module-wide tables
+// and line buffer).
 #pragma once
 
 #include "module/ZORModelIoExport.h"

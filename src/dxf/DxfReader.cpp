@@ -7,6 +7,7 @@
 #include <climits>
 #include <initializer_list>
 #include <memory>
+#include <new>
 #include <string>
 #include <unordered_map>
 
@@ -173,9 +174,12 @@ struct EntityReader {
     double x = 0.0;
     double y = 0.0;
 
-    void Add(CObject* entity) {
+    // The layer owns the entity once stored; until then (and when storing
+    // runs out of memory) it is freed here.
+    void Add(std::unique_ptr<CObject> entity) {
         Layer& layer = layers.current();
-        layer.AddEntity(entity, layer.GetCount());
+        layer.AddEntity(entity.get(), layer.GetCount());
+        entity.release();
     }
 
     // After a LINE or ARC token: reads group codes up to the entity's last.
@@ -211,7 +215,7 @@ struct EntityReader {
                 line->SetFirst(x, y, v);
             } else {  // 31
                 line->SetSecond(x, y, v);
-                Add(line.release());
+                Add(std::move(line));
                 return true;
             }
             return false;
@@ -240,7 +244,7 @@ struct EntityReader {
                 default:  // 51
                     arc->SetEndAngle(v);
                     arc->ComputeEndPoints();
-                    Add(arc.release());
+                    Add(std::move(arc));
                     return true;
             }
             return false;
@@ -391,12 +395,12 @@ CString* read_dxf_buffer(std::string_view bytes, const CString& outPath, unsigne
     if (!parse_dxf(bytes, drawing)) return nullptr;
     if (drawing.layers.empty()) {
         // No terminator after this one name: callers tell it by its content.
-        CString* names = new CString[1];
+        std::unique_ptr<CString[]> names(new CString[1]);
         names[0] = drawing.lastLayerName;
-        return names;
+        return names.release();
     }
     const size_t count = drawing.layers.size();
-    CString* names = new CString[count + 1];
+    std::unique_ptr<CString[]> names(new CString[count + 1]);
     LayerScratch scratch;  // one working memory for every layer
     for (size_t i = 0; i < count; ++i) {
         const Layer& layer = *drawing.layers[i];
@@ -405,12 +409,12 @@ CString* read_dxf_buffer(std::string_view bytes, const CString& outPath, unsigne
         names[i] = path;
         write_dxf_layer(layer, path, unit, sweep, &scratch);
     }
-    return names;  // names[count] is the empty terminator
+    return names.release();  // names[count] is the empty terminator
 }
 
 }  // namespace zor
 
-CString* ReadDxf(CString dxfPath, CString outPath, unsigned int unit, unsigned int /*reserved*/, bool sweep) {
+CString* ReadDxf(CString dxfPath, CString outPath, unsigned int unit, unsigned int /*reserved*/, bool sweep) try {
     CFile file;
     if (!file.Open(dxfPath.GetString(), CFile::modeRead | CFile::typeBinary)) return nullptr;
     // Not zero-filled first: the read writes every byte that is used.
@@ -425,6 +429,8 @@ CString* ReadDxf(CString dxfPath, CString outPath, unsigned int unit, unsigned i
     }
     file.Close();
     return zor::read_dxf_buffer(std::string_view(bytes.get(), got), outPath, unit, sweep);
+} catch (const std::bad_alloc&) {
+    return nullptr;  // out of memory: a null result (files written until then stay)
 }
 
 void Delete_Names(CString* names, int /*count*/) { delete[] names; }

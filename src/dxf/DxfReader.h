@@ -13,7 +13,8 @@
 // the layer's name put before its last four characters. Returns the paths
 // written followed by an empty string; when no entity names a layer, nothing
 // is written and the result is one string, the last layer name read ("none").
-// Null when the drawing cannot be opened or has no "ENTITIES" token.
+// Null when the drawing cannot be opened or has no "ENTITIES" token, or when
+// memory runs out.
 // Release the result with Delete_Names. reserved is not used.
 ZORMODELIO_API CString* ReadDxf(CString dxfPath, CString outPath, unsigned int unit, unsigned int reserved, bool sweep);
 

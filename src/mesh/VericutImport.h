@@ -19,7 +19,8 @@ ZORMODELIO_API int VericutPolygon(char* fileName, unsigned int* numPoints, doubl
 // point (arcs are left out), *numPoints their number, *tolerance the profile's
 // tolerance. Inch files read as millimetres are scaled by 24.5 (and the other
 // way by 1/24.5), the factor this format has always used. 1 on success, 0 for
-// a null fileName, numPoints or points or a file that is not a profile.
+// a null fileName, numPoints or points, a file that is not a profile, or when
+// memory runs out.
 ZORMODELIO_API int VericutSor(char* fileName, int* numPoints, double** points, double* tolerance, int wantedUnit,
                               int fileUnit);
 

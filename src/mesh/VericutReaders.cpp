@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "mesh/VericutImport.h"
+#include "module/Allocation.h"
 #include "platform/crtpath.h"
 #include "profile/MWZORProfile.h"
 
@@ -21,7 +22,7 @@ bool line_points(CMWZORSegmentArray& profile, double factor, int* numPoints, dou
     const long long segments = profile.m_segments.GetSize();
     // Room for every segment; only the lines fill it.
     double* out =
-        static_cast<double*>(std::malloc(static_cast<size_t>(segments > 0 ? segments : 1) * 3 * sizeof(double)));
+        static_cast<double*>(zor::allocate(static_cast<size_t>(segments > 0 ? segments : 1) * 3 * sizeof(double)));
     if (out == nullptr) return false;
     int written = 0;
     profile.SetStart();
@@ -96,7 +97,7 @@ int VericutPolygon(char* fileName, unsigned int* numPoints, double** points, uns
     if (vectors != nullptr) *vectors = nullptr;
     if (faces != nullptr) *faces = nullptr;
 
-    std::FILE* file = zor::open_file(fileName, "r");
+    std::FILE* file = zor::failure_on_bad_alloc<std::FILE*>(nullptr, [&] { return zor::open_file(fileName, "r"); });
     if (file == nullptr) return 0;
     // The module has always closed the file before scanning it, so the scan's
     // first read failed, nothing was filled and the outputs stayed empty.
@@ -106,7 +107,6 @@ int VericutPolygon(char* fileName, unsigned int* numPoints, double** points, uns
 }
 
 int VericutSor(char* fileName, int* numPoints, double** points, double* tolerance, int wantedUnit, int fileUnit) {
-    CMWZORSweep sweep;
     // 24.5, not 25.4: the factor this reader has always applied; hosts
     // compensate for it, so it stays.
     double factor = 1.0;
@@ -116,25 +116,31 @@ int VericutSor(char* fileName, int* numPoints, double** points, double* toleranc
     }
     if (fileName == nullptr || numPoints == nullptr || points == nullptr) return 0;
     *numPoints = 0;
-    if (!sweep.ReadVericut(fileName, 1, 1)) return 0;
-    if (tolerance != nullptr) *tolerance = sweep.m_tolerance;
-    return zor::line_points(sweep, factor, numPoints, points) ? 1 : 0;
+    // Out of memory (the file name's copy included): 0.
+    return zor::failure_on_bad_alloc(0, [&] {
+        CMWZORSweep sweep;
+        if (!sweep.ReadVericut(fileName, 1, 1)) return 0;
+        if (tolerance != nullptr) *tolerance = sweep.m_tolerance;
+        return zor::line_points(sweep, factor, numPoints, points) ? 1 : 0;
+    });
 }
 
 int VericutSweep(char* fileName, int* numPoints, double** points, double* zRange, int wantedUnit, int fileUnit) {
-    CMWZORExtrude extrude;
     if (fileName == nullptr || numPoints == nullptr || points == nullptr) return 0;
     *numPoints = 0;
-    if (!extrude.ReadVericut(fileName, 1, 1)) return 0;
-    double factor = 1.0;
-    if (wantedUnit != fileUnit) {
-        if (wantedUnit == 1 && fileUnit == 2) factor = 25.4;
-        if (wantedUnit == 2 && fileUnit == 1) factor = 0.03937007874015748;
-    }
-    if (zRange != nullptr) {
-        extrude.GetZValues(&zRange[0], &zRange[1]);
-        zRange[0] *= factor;
-        zRange[1] *= factor;
-    }
-    return zor::line_points(extrude, factor, numPoints, points) ? 1 : 0;
+    return zor::failure_on_bad_alloc(0, [&] {
+        CMWZORExtrude extrude;
+        if (!extrude.ReadVericut(fileName, 1, 1)) return 0;
+        double factor = 1.0;
+        if (wantedUnit != fileUnit) {
+            if (wantedUnit == 1 && fileUnit == 2) factor = 25.4;
+            if (wantedUnit == 2 && fileUnit == 1) factor = 0.03937007874015748;
+        }
+        if (zRange != nullptr) {
+            extrude.GetZValues(&zRange[0], &zRange[1]);
+            zRange[0] *= factor;
+            zRange[1] *= factor;
+        }
+        return zor::line_points(extrude, factor, numPoints, points) ? 1 : 0;
+    });
 }

@@ -10,26 +10,34 @@
 #include <string_view>
 #include <vector>
 
+#include "module/Allocation.h"
 #include "objectfile/MWZORFile.h"
 #include "objectfile/ObjectFileState.h"
+#include "objectfile/ReadGuard.h"
 
 namespace {
+
+// Bytes of the four arrays per pair.
+constexpr std::size_t kPairBytes = 2 * sizeof(void*) + sizeof(unsigned int) + sizeof(double);
 
 // The four arrays of a section, zeroed (a host may free every entry of the
 // count after a failure) and handed to the caller as soon as they exist.
 bool allocate_section(unsigned int count, void*** firstNames, void*** secondNames, unsigned int** codes,
                       double** values) {
-    *firstNames = static_cast<void**>(std::calloc(count, sizeof(void*)));
-    *secondNames = static_cast<void**>(std::calloc(count, sizeof(void*)));
-    *codes = static_cast<unsigned int*>(std::calloc(count, sizeof(unsigned int)));
-    *values = static_cast<double*>(std::calloc(count, sizeof(double)));
+    *firstNames = static_cast<void**>(zor::allocate_zeroed(count, sizeof(void*)));
+    *secondNames = static_cast<void**>(zor::allocate_zeroed(count, sizeof(void*)));
+    *codes = static_cast<unsigned int*>(zor::allocate_zeroed(count, sizeof(unsigned int)));
+    *values = static_cast<double*>(zor::allocate_zeroed(count, sizeof(double)));
     return *firstNames != nullptr && *secondNames != nullptr && *codes != nullptr && *values != nullptr;
 }
 
-void* copy_name(const char* text) {
-    const std::size_t size = std::strlen(text) + 1;
-    void* copy = std::malloc(size);
-    if (copy != nullptr) std::memcpy(copy, text, size);
+// A heap copy of text for the caller (freed by FreeCollision); null when
+// memory runs out.
+void* copy_name(std::string_view text) {
+    char* copy = static_cast<char*>(zor::allocate(text.size() + 1));
+    if (copy == nullptr) return nullptr;
+    std::memcpy(copy, text.data(), text.size());
+    copy[text.size()] = '\0';
     return copy;
 }
 
@@ -79,8 +87,9 @@ bool read_pair_line(std::string_view line, const std::vector<std::string>& names
         int code = 0;
         if (!parse_integer(token, &code)) return false;
         const unsigned int i = (*stored)++;
-        firstNames[i] = copy_name(names[static_cast<std::size_t>(first)].c_str());
-        secondNames[i] = copy_name(names[static_cast<std::size_t>(second)].c_str());
+        firstNames[i] = copy_name(names[static_cast<std::size_t>(first)]);
+        secondNames[i] = copy_name(names[static_cast<std::size_t>(second)]);
+        if (firstNames[i] == nullptr || secondNames[i] == nullptr) throw std::bad_alloc();
         codes[i] = static_cast<unsigned int>(code);
         values[i] = value;
     }
@@ -99,25 +108,28 @@ bool CMWZORFile::ReadCollision(void*** firstNames, void*** secondNames, unsigned
     *count = 0;
     if (m_version > 112) return ReadCollisionNew(firstNames, secondNames, codes, values, count);
 
-    int pairs = 0;
-    if (!ReadIntField(1, &pairs)) return false;
-    *count = static_cast<unsigned int>(pairs);
-    // Six lines a pair: a count the rest of the file cannot hold is refused
-    // before allocating.
-    if (pairs <= 0 || pairs > RemainingBytes()) return false;
-    if (!allocate_section(*count, firstNames, secondNames, codes, values)) return false;
+    return zor::contain_allocation_failure(m_stream, false, [&] {
+        int pairs = 0;
+        if (!ReadIntField(1, &pairs)) return false;
+        *count = static_cast<unsigned int>(pairs);
+        // The arrays are made for the file's count, so that a section cut
+        // short keeps the pairs read; only a count that is both huge and more
+        // than the rest of the file holds is refused before allocating.
+        if (pairs == 0 || !CountAffordable(pairs, kPairBytes)) return false;
+        if (!allocate_section(*count, firstNames, secondNames, codes, values)) return false;
 
-    CString line;
-    for (unsigned int i = 0; i < *count; ++i) {
-        if (!SkipLines(1) || !ReadLine(line)) return false;
-        (*firstNames)[i] = copy_name(line);
-        if (!ReadLine(line)) return false;
-        (*secondNames)[i] = copy_name(line);
-        if (!ReadIntField(1, reinterpret_cast<int*>(&(*codes)[i])) || !ReadDoubleField(1, &(*values)[i]) ||
-            !SkipLines(1))
-            return false;
-    }
-    return true;
+        CString line;
+        for (unsigned int i = 0; i < *count; ++i) {
+            if (!SkipLines(1) || !ReadLine(line)) return false;
+            if (((*firstNames)[i] = copy_name(line.view())) == nullptr) return false;
+            if (!ReadLine(line)) return false;
+            if (((*secondNames)[i] = copy_name(line.view())) == nullptr) return false;
+            if (!ReadIntField(1, reinterpret_cast<int*>(&(*codes)[i])) || !ReadDoubleField(1, &(*values)[i]) ||
+                !SkipLines(1))
+                return false;
+        }
+        return true;
+    });
 }
 
 bool CMWZORFile::ReadCollisionNew(void*** firstNames, void*** secondNames, unsigned int** codes, double** values,
@@ -129,27 +141,30 @@ bool CMWZORFile::ReadCollisionNew(void*** firstNames, void*** secondNames, unsig
     *values = nullptr;
     *count = 0;
 
-    double value = 0.0;
-    int pairs = 0, unused = 0;
-    if (!ReadDoubleField(1, &value) || !ReadIntField(1, &pairs)) return false;
-    *count = static_cast<unsigned int>(pairs);
-    // A pair takes at least two characters of the file ("B,c"): a larger
-    // count is refused before allocating.
-    if (pairs <= 0 || pairs > RemainingBytes() || !ReadIntField(1, &unused)) return false;
-    if (!allocate_section(*count, firstNames, secondNames, codes, values)) return false;
+    return zor::contain_allocation_failure(m_stream, false, [&] {
+        double value = 0.0;
+        int pairs = 0, unused = 0;
+        if (!ReadDoubleField(1, &value) || !ReadIntField(1, &pairs)) return false;
+        *count = static_cast<unsigned int>(pairs);
+        if (pairs == 0 || !ReadIntField(1, &unused)) return false;
+        // Made for the file's count, as in the old form. A pair takes at
+        // least two characters of the file ("B,c").
+        if (!CountAffordable(pairs, kPairBytes)) return false;
+        if (!allocate_section(*count, firstNames, secondNames, codes, values)) return false;
 
-    std::vector<std::string>& names = zor::object_file_state().objectNames;
-    unsigned int stored = 0;
-    bool ok = true;
-    CString line;
-    while (ok && stored < *count) {
-        // A section cut short keeps the name table: intended.
-        if (!ReadLine(line)) return false;
-        ok = read_pair_line(line.view(), names, value, *count, *firstNames, *secondNames, *codes, *values, &stored);
-    }
-    // The section consumes the names, whether it was read or refused.
-    names.clear();
-    return ok;
+        std::vector<std::string>& names = zor::object_file_state().objectNames;
+        unsigned int stored = 0;
+        bool ok = true;
+        CString line;
+        while (ok && stored < *count) {
+            // A section cut short keeps the name table: intended.
+            if (!ReadLine(line)) return false;
+            ok = read_pair_line(line.view(), names, value, *count, *firstNames, *secondNames, *codes, *values, &stored);
+        }
+        // The section consumes the names, whether it was read or refused.
+        names.clear();
+        return ok;
+    });
 }
 
 void CMWZORFile::FreeCollision(void** firstNames, void** secondNames, unsigned int* codes, double* values,

@@ -5,22 +5,14 @@
 #include "objectfile/FieldScan.h"
 #include "objectfile/MWZORFile.h"
 
-namespace {
-
-// Every counted line takes at least two bytes (a character and its line end),
-// so a count above the bytes left in the file cannot be honest. Refusing it
-// before allocating keeps a damaged count from exhausting memory; a valid
-// file's result is unchanged.
-bool count_fits(long long count, long long remainingBytes) { return count >= 0 && count <= remainingBytes; }
-
-}  // namespace
-
 bool CMWZORFile::ReadPointList(CMWZORPointArray* list) {
     int count = 0;
     if (!ReadIntField(1, &count)) return false;
     if (list == nullptr) return SkipLines(count);
     // A negative count would make the list's SetSize throw; refuse it instead.
-    if (!count_fits(count, RemainingBytes())) return false;
+    if (!CountAffordable(count, sizeof(CMWZORPoint*))) return false;
+    // Sized to the count first: a list cut short keeps the points read and
+    // empty slots after them.
     list->SetSize(count);
     for (int i = 0; i < count; ++i) {
         double xyz[3] = {0.0, 0.0, 0.0};
@@ -32,9 +24,10 @@ bool CMWZORFile::ReadPointList(CMWZORPointArray* list) {
 
 bool CMWZORFile::ReadGeometryBlock(CMWZORPointArray* list1, CMWZORPointArray* list2, CString* name,
                                    unsigned int* vertexCount, double (**vertices)[4], unsigned int* triangleCount,
-                                   double (**corners)[4]) {
+                                   double (**corners)[4], bool* vertexList) {
     CString nameValue;
     int hasGeometry = 0;
+    if (vertexList != nullptr) *vertexList = false;
     if (m_version > 101 && !ReadIntField(1, &hasGeometry)) return false;
     if (!ReadIntField(0, nullptr) || !ReadDoubleField(0, nullptr)) return false;
 
@@ -50,15 +43,19 @@ bool CMWZORFile::ReadGeometryBlock(CMWZORPointArray* list1, CMWZORPointArray* li
         } else {
             int vertexTotal = 0;
             if (!zor::ParseIntList(value, 1, &vertexTotal)) return false;
+            // Counts and arrays reach the caller as soon as they are known:
+            // after a failed line they stay there.
             if (vertexCount != nullptr) *vertexCount = static_cast<unsigned int>(vertexTotal);
+            if (vertexList != nullptr) *vertexList = true;
 
             const bool wantArray = vertices != nullptr || corners != nullptr;
             double(*vertexArray)[4] = nullptr;
             // Owns the vertex array only while nobody asked for it.
             std::unique_ptr<double[][4]> scratch;
             if (wantArray) {
-                if (!count_fits(vertexTotal, RemainingBytes())) return false;
-                vertexArray = new double[static_cast<size_t>(vertexTotal)][4];
+                if (!CountAffordable(vertexTotal, sizeof(double[4]))) return false;
+                // Zeroed: the entries a file cut short does not reach read 0.
+                vertexArray = new double[static_cast<size_t>(vertexTotal)][4]();
                 if (vertices != nullptr)
                     *vertices = vertexArray;
                 else
@@ -66,9 +63,7 @@ bool CMWZORFile::ReadGeometryBlock(CMWZORPointArray* list1, CMWZORPointArray* li
             }
             for (int v = 0; v < vertexTotal; ++v) {
                 if (vertexArray != nullptr) {
-                    double* entry = vertexArray[v];
-                    entry[0] = entry[1] = entry[2] = entry[3] = 0.0;
-                    if (!ReadDoubleField(3, entry, ",")) return false;
+                    if (!ReadDoubleField(3, vertexArray[v], ",")) return false;
                 } else if (!SkipLines(1)) {
                     return false;
                 }
@@ -85,8 +80,8 @@ bool CMWZORFile::ReadGeometryBlock(CMWZORPointArray* list1, CMWZORPointArray* li
 
             double(*cornerArray)[4] = nullptr;
             if (corners != nullptr) {
-                if (!count_fits(triangles, RemainingBytes())) return false;
-                cornerArray = new double[3 * static_cast<size_t>(triangles)][4];
+                if (!CountAffordable(triangles, 3 * sizeof(double[4]))) return false;
+                cornerArray = new double[3 * static_cast<size_t>(triangles)][4]();
                 *corners = cornerArray;
             }
             for (int t = 0; t < triangles; ++t) {

@@ -4,9 +4,11 @@
 // A host constructs one CMWZORFile per file, repeats ReadType and calls the
 // Read... method for the returned code (or ReadDummy to skip the record) until
 // ReadType returns false. Readers return false at the first missing or
-// malformed line; values already stored stay. Output pointers may be null: the
-// line is read and its value dropped. Only one object file may be read at a
-// time in the process (module-wide tables and line buffer).
+// malformed line; values already stored stay. A reader that runs out of
+// memory returns false too and ends the file (every later read fails).
+// Output pointers may be null: the line is read and its value dropped. Only
+// one object file may be read at a time in the process (module-wide tables
+// and line buffer).
 #pragma once
 
 #include "module/ZORModelIoExport.h"
@@ -104,7 +106,11 @@ public:
     // every triangle as coordinates. Both arrays are new[] and belong to the
     // caller (delete[]), also after a failed read. Counts are 0 and no array
     // is made when the record has no vertex list; with a unit conversion every
-    // vertex and corner value is scaled.
+    // vertex and corner value is scaled. Counts are stored as soon as they are
+    // read: after a failed read the vertex count holds the file's count and
+    // the corner count the file's triangle count (three times that only once
+    // the record is read), and the arrays are made for the whole count, with
+    // the entries that were not read zero.
     bool ReadMesh(double vector[4], unsigned int* vertexCount, double (**vertices)[4], CString* text1,
                   CString* text2, CString* text3, unsigned int* cornerCount, double (**corners)[4],
                   double matrix[4][4], CMWZORPointArray* list1, CMWZORPointArray* list2, float quad[4],
@@ -241,9 +247,13 @@ protected:
     // factor of recordUnits, when a conversion applies.
     ZOR_INTERNAL void ScaleRecord(int recordUnits, double vector[4], double matrix[4][4], double* const* lengths,
                                   int lengthCount) const;
+    // The block shared by all solid records. Counts are stored and arrays
+    // handed out as soon as they are read or made; *vertexList tells whether
+    // the block held a vertex list.
     ZOR_INTERNAL bool ReadGeometryBlock(CMWZORPointArray* list1, CMWZORPointArray* list2, CString* name,
                                         unsigned int* vertexCount, double (**vertices)[4],
-                                        unsigned int* triangleCount, double (**corners)[4]);
+                                        unsigned int* triangleCount, double (**corners)[4],
+                                        bool* vertexList = nullptr);
     ZOR_INTERNAL bool ReadPointList(CMWZORPointArray* list);
     ZOR_INTERNAL bool ReadObjectTail(double vector[4], double matrix[4][4], float quad[4], const CString* name,
                                      CString* tailText, CString* attachName, CString* attachKey,
@@ -265,9 +275,11 @@ protected:
                                 CMWZORPointArray* list2, float quad[4], CString* name, CString* tailText,
                                 CString* attachName, CString* attachKey, unsigned int* attachIndex);
     ZOR_INTERNAL void ResolveObjectPath(CString& name) const;
-    // Bytes of the file after the read position: no count read from the file
-    // may promise more lines than that.
+    // Bytes of the file after the read position.
     ZOR_INTERNAL long long RemainingBytes() const;
+    // Whether arrays of count items of itemBytes each may be made for a count
+    // read from the file (false for a negative count).
+    ZOR_INTERNAL bool CountAffordable(long long count, std::size_t itemBytes) const;
 };
 
 // Joins folder and name with a backslash (none when folder already ends in a

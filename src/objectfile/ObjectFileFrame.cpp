@@ -11,6 +11,7 @@
 #include "objectfile/LineReader.h"
 #include "objectfile/MWZORFile.h"
 #include "objectfile/ObjectFileState.h"
+#include "objectfile/ReadGuard.h"
 #include "platform/crtpath.h"
 
 IMPLEMENT_DYNAMIC(CMWZORPoint, CObject)
@@ -60,12 +61,17 @@ CMWZORFile::CMWZORFile(CString fileName, unsigned int /*reserved*/, unsigned int
     state.matrixConvention = matrixConvention;
     state.spindleCount = 0;
     state.objectNames.clear();
-    state.currentPath = fileName.GetString();
-    m_stream = zor::open_file(fileName, "r");
-    if (m_stream == nullptr) return;
-    // Fewer, larger reads; what each read returns is unchanged.
-    std::setvbuf(m_stream, nullptr, _IOFBF, 1 << 16);
-    ReadVersion();
+    // Out of memory here leaves the file closed: every read fails, as for a
+    // file that does not open.
+    zor::contain_allocation_failure(m_stream, false, [&] {
+        state.currentPath = fileName.GetString();
+        m_stream = zor::open_file(fileName, "r");
+        if (m_stream == nullptr) return false;
+        // Fewer, larger reads; what each read returns is unchanged.
+        std::setvbuf(m_stream, nullptr, _IOFBF, 1 << 16);
+        ReadVersion();
+        return true;
+    });
 }
 
 CMWZORFile::~CMWZORFile() {
@@ -159,28 +165,31 @@ bool CMWZORFile::SkipToRecordDepth() {
 
 bool CMWZORFile::ReadType(unsigned int* type) {
     if (type != nullptr) *type = ZOR_RECORD_UNKNOWN;
-    std::string_view line;
-    while (zor::read_object_line(m_stream, line)) {
-        if (line.find('}') != std::string_view::npos) {
-            if (m_depth > 0) --m_depth;
-            if (m_recordDepth > 0) --m_recordDepth;
+    const bool found = zor::contain_allocation_failure(m_stream, false, [&] {
+        std::string_view line;
+        while (zor::read_object_line(m_stream, line)) {
+            if (line.find('}') != std::string_view::npos) {
+                if (m_depth > 0) --m_depth;
+                if (m_recordDepth > 0) --m_recordDepth;
+            }
+            if (line.find('{') != std::string_view::npos) {
+                // The keyword: trailing "{" and white space removed.
+                while (!line.empty() && (line.back() == '{' || zor::is_white_space(line.back()))) line.remove_suffix(1);
+                if (type != nullptr) *type = record_code(line);
+                ++m_depth;
+                ++m_recordDepth;
+                return true;
+            }
         }
-        if (line.find('{') != std::string_view::npos) {
-            // The keyword: trailing "{" and white space removed.
-            while (!line.empty() && (line.back() == '{' || zor::is_white_space(line.back()))) line.remove_suffix(1);
-            if (type != nullptr) *type = record_code(line);
-            ++m_depth;
-            ++m_recordDepth;
-            return true;
-        }
-    }
-    if (type != nullptr) *type = ZOR_RECORD_END;
-    return false;
+        return false;
+    });
+    if (!found && type != nullptr) *type = ZOR_RECORD_END;
+    return found;
 }
 
 bool CMWZORFile::ReadDummy() {
     if (m_recordDepth > 0) --m_recordDepth;
-    SkipToRecordDepth();
+    zor::contain_allocation_failure(m_stream, false, [this] { return SkipToRecordDepth(); });
     return true;
 }
 
@@ -226,6 +235,17 @@ void CMWZORFile::ScaleRecord(int recordUnits, double vector[4], double matrix[4]
     // The translation column and, deliberately, the homogeneous [3][3].
     if (matrix != nullptr)
         for (int row = 0; row < 4; ++row) matrix[row][3] *= factor;
+}
+
+bool CMWZORFile::CountAffordable(long long count, std::size_t itemBytes) const {
+    // 64 MiB of arrays are made for any count, so that a file cut short keeps
+    // its count and what it holds; past that a count must be one the rest of
+    // the file could fill (a line a count at the very least), or a damaged
+    // count would exhaust memory before its first missing line is noticed.
+    constexpr unsigned long long kCountBudget = 64ull << 20;
+    if (count < 0) return false;
+    if (static_cast<unsigned long long>(count) * itemBytes <= kCountBudget) return true;
+    return count <= RemainingBytes();
 }
 
 long long CMWZORFile::RemainingBytes() const {

@@ -5,6 +5,7 @@
 
 #include "objectfile/MWZORFile.h"
 #include "objectfile/ObjectFileState.h"
+#include "objectfile/ReadGuard.h"
 #include "platform/crtpath.h"
 
 bool CMWZORFile::ReadObjectTail(double vector[4], double matrix[4][4], float quad[4], const CString* name,
@@ -144,26 +145,28 @@ bool CMWZORFile::ReadObjectFile(unsigned int* first, CString* fileName, CString*
                                 CMWZORPointArray* /*list1*/, CMWZORPointArray* /*list2*/, float quad[4],
                                 CString* name, CString* tailText, CString* attachName, CString* attachKey,
                                 unsigned int* attachIndex, unsigned int* flag) {
-    CString reference, scratch, nameValue;
-    if (!ReadIntField(1, reinterpret_cast<int*>(first)) || !ReadField(&reference) ||
-        !ReadField(text2 != nullptr ? text2 : &scratch))
-        return false;
-    if (m_version > 109 && !ReadIntField(1, reinterpret_cast<int*>(flag))) return false;
-    CString* nameOut = name != nullptr ? name : &nameValue;
-    if (!ReadField(nameOut)) return false;
+    return zor::contain_allocation_failure(m_stream, false, [&] {
+        CString reference, scratch, nameValue;
+        if (!ReadIntField(1, reinterpret_cast<int*>(first)) || !ReadField(&reference) ||
+            !ReadField(text2 != nullptr ? text2 : &scratch))
+            return false;
+        if (m_version > 109 && !ReadIntField(1, reinterpret_cast<int*>(flag))) return false;
+        CString* nameOut = name != nullptr ? name : &nameValue;
+        if (!ReadField(nameOut)) return false;
 
-    ResolveObjectPath(reference);
-    if (fileName != nullptr) *fileName = reference;
+        ResolveObjectPath(reference);
+        if (fileName != nullptr) *fileName = reference;
 
-    int recordUnits = 0, tailFlag = 0;
-    if (!ReadObjectTail(vector, matrix, quad, nameOut, tailText, attachName, attachKey, attachIndex, &recordUnits,
-                        &tailFlag))
-        return false;
-    if (flag != nullptr) *flag = static_cast<unsigned int>(tailFlag);
-    // Only the matrix: the 4-vector of a file reference keeps its file units.
-    // Intended.
-    ScaleRecord(recordUnits, nullptr, matrix, nullptr, 0);
-    return true;
+        int recordUnits = 0, tailFlag = 0;
+        if (!ReadObjectTail(vector, matrix, quad, nameOut, tailText, attachName, attachKey, attachIndex, &recordUnits,
+                            &tailFlag))
+            return false;
+        if (flag != nullptr) *flag = static_cast<unsigned int>(tailFlag);
+        // Only the matrix: the 4-vector of a file reference keeps its file units.
+        // Intended.
+        ScaleRecord(recordUnits, nullptr, matrix, nullptr, 0);
+        return true;
+    });
 }
 
 void MakeFullPathName(char* folder, char* name, CString& result) {

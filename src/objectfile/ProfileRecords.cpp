@@ -3,10 +3,13 @@
 // nested outline block of LINE / CLW / CCLW lines.
 #include <cmath>
 #include <cstring>
+#include <memory>
 
 #include "objectfile/FieldScan.h"
 #include "objectfile/MWZORFile.h"
+#include "objectfile/ReadGuard.h"
 #include "profile/MWZORSegment.h"
+#include "profile/NewSegment.h"
 
 namespace {
 
@@ -41,74 +44,75 @@ bool same_closing_point(const CMWZORPoint& a, const CMWZORPoint& b) {
 
 bool CMWZORFile::ReadOutline(double vector[4], unsigned int* segmentCount, CMWZORSegmentPtrArray* segments, CString*,
                              CString*, CString*, double[4][4], float[4], CString*, CString*) {
-    if (vector != nullptr)
-        for (int i = 0; i < 4; ++i) vector[i] = 0.0;
-    if (!SkipLines(1)) return false;  // the block's opener
+    return zor::contain_allocation_failure(m_stream, false, [&] {
+        if (vector != nullptr)
+            for (int i = 0; i < 4; ++i) vector[i] = 0.0;
+        if (!SkipLines(1)) return false;  // the block's opener
 
-    int closed = 0;
-    if (m_version < kOutlineHeaderVersion) {
-        int flags[4] = {0, 0, 0, 0};
-        for (int i = 0; i < 4; ++i)
-            if (!ReadIntField(1, &flags[i])) return false;
-        closed = flags[3];
-        double dropped = 0.0;
-        for (int i = 0; i < 11; ++i)
-            if (!ReadDoubleField(1, &dropped)) return false;
-        int droppedInt = 0;
-        for (int i = 0; i < 3; ++i)
-            if (!ReadIntField(1, &droppedInt)) return false;
-    }
+        int closed = 0;
+        if (m_version < kOutlineHeaderVersion) {
+            int flags[4] = {0, 0, 0, 0};
+            for (int i = 0; i < 4; ++i)
+                if (!ReadIntField(1, &flags[i])) return false;
+            closed = flags[3];
+            double dropped = 0.0;
+            for (int i = 0; i < 11; ++i)
+                if (!ReadDoubleField(1, &dropped)) return false;
+            int droppedInt = 0;
+            for (int i = 0; i < 3; ++i)
+                if (!ReadIntField(1, &droppedInt)) return false;
+        }
 
-    int count = 0;
-    if (!ReadIntField(1, &count)) return false;
-    if (segments != nullptr) {
-        // A negative count, or one promising more lines than the file has
-        // left, could only fail later; failing now keeps the list from being
-        // sized from garbage.
-        if (count < 0 || count > RemainingBytes()) return false;
-        segments->SetSize(closed != 0 ? count + 1 : count);
-    }
+        int count = 0;
+        if (!ReadIntField(1, &count)) return false;
+        if (segments != nullptr) {
+            // Sized first: an outline cut short keeps the segments read. A
+            // negative count cannot size the list; a huge one that the rest of
+            // the file cannot hold is refused before it is used.
+            const long long slots = closed != 0 ? count + 1LL : count;
+            if (!CountAffordable(slots, sizeof(CMWZORSegment*))) return false;
+            segments->SetSize(slots);
+        }
 
-    unsigned int reported = static_cast<unsigned int>(count);
-    if (segments != nullptr) {
-        const CMWZORPoint* first = nullptr;
-        for (int i = 0; i < count; ++i) {
-            CString value, whole;
-            if (!ReadField(&value, &whole)) return false;
-            whole.TrimLeft();
-            whole.MakeUpper();
-            const int type = segment_type(whole);
-            if (type == 0) return false;
-            // Single precision is what the application's own reader keeps;
-            // files compare equal to it only so.
-            float v[6] = {0, 0, 0, 0, 0, 0};
-            if (!zor::ScanFloats(value, type == IO_LINE ? 3 : 6, v, ",")) return false;
+        unsigned int reported = static_cast<unsigned int>(count);
+        if (segments != nullptr) {
+            const CMWZORPoint* first = nullptr;
+            for (int i = 0; i < count; ++i) {
+                CString value, whole;
+                if (!ReadField(&value, &whole)) return false;
+                whole.TrimLeft();
+                whole.MakeUpper();
+                const int type = segment_type(whole);
+                if (type == 0) return false;
+                // Single precision is what the application's own reader keeps;
+                // files compare equal to it only so.
+                float v[6] = {0, 0, 0, 0, 0, 0};
+                if (!zor::ScanFloats(value, type == IO_LINE ? 3 : 6, v, ",")) return false;
 
-            CMWZORSegment* segment = new CMWZORSegment;
-            segment->m_type = static_cast<m_IOenumType>(type);
-            segment->m_points.Add(new CMWZORPoint(v[0], v[1], v[2]));
-            if (type != IO_LINE) {
-                segment->m_points.Add(new CMWZORPoint(0.0, 0.0, type == IO_CLW ? -1.0 : 1.0));
-                segment->m_points.Add(new CMWZORPoint(v[3], v[4], v[5]));
-            }
-            segments->SetAt(i, segment);
+                std::unique_ptr<CMWZORSegment> made =
+                    type == IO_LINE
+                        ? zor::new_line_segment(v[0], v[1], v[2])
+                        : zor::new_arc_segment(v[0], v[1], v[2], v[3], v[4], v[5], static_cast<m_IOenumType>(type));
+                CMWZORSegment* segment = made.release();
+                segments->SetAt(i, segment);
 
-            if (closed == 0) continue;
-            if (i == 0) first = last_point(segment);
-            if (i == count - 1 && !same_closing_point(*first, *last_point(segment))) {
-                // The closing line goes to a list of its own that is dropped:
-                // the caller's list keeps its last slot empty while the count
-                // says N + 1. Hosts are written against exactly this.
-                CMWZORSegmentArray closing;
-                closing.AddPoint(first->x, first->y, first->z);
-                reported = static_cast<unsigned int>(count) + 1;
+                if (closed == 0) continue;
+                if (i == 0) first = last_point(segment);
+                if (i == count - 1 && !same_closing_point(*first, *last_point(segment))) {
+                    // The closing line goes to a list of its own that is dropped:
+                    // the caller's list keeps its last slot empty while the count
+                    // says N + 1. Hosts are written against exactly this.
+                    CMWZORSegmentArray closing;
+                    closing.AddPoint(first->x, first->y, first->z);
+                    reported = static_cast<unsigned int>(count) + 1;
+                }
             }
         }
-    }
-    if (segmentCount != nullptr) *segmentCount = reported;
+        if (segmentCount != nullptr) *segmentCount = reported;
 
-    ++m_depth;
-    return SkipToRecordDepth();
+        ++m_depth;
+        return SkipToRecordDepth();
+    });
 }
 
 namespace {
@@ -138,47 +142,54 @@ bool CMWZORFile::ReadExtrusion(double vector[4], unsigned int* segmentCount, CMW
                                CMWZORPointArray* list2, float quad[4], double direction[4], double* length,
                                CString* name, CString* tailText, CString* attachName, CString* attachKey,
                                unsigned int* attachIndex) {
-    if (vector != nullptr)
-        for (int i = 0; i < 4; ++i) vector[i] = 0.0;
-    if (direction != nullptr)
-        for (int i = 0; i < 4; ++i) direction[i] = 0.0;
+    return zor::contain_allocation_failure(m_stream, false, [&] {
+        if (vector != nullptr)
+            for (int i = 0; i < 4; ++i) vector[i] = 0.0;
+        if (direction != nullptr)
+            for (int i = 0; i < 4; ++i) direction[i] = 0.0;
 
-    // The extrusion's own header ends at 1.15, one version after the
-    // outline's: that is how the application wrote them.
-    const bool oldHeader = m_version < kExtrusionHeaderVersion;
-    if (oldHeader && !SkipIntLines(2)) return false;
-    if (!ReadDoubleField(3, direction)) return false;
-    if (!ReadDoubleField(1, length)) return false;
-    double dropped[2] = {0.0, 0.0};
-    if (!ReadDoubleField(2, dropped)) return false;
-    if (!ReadOutline(nullptr, segmentCount, segments, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr))
-        return false;
-    if (oldHeader && !SkipProfileTrailer()) return false;
-    return ReadProfileTail(vector, segments, matrix, list1, list2, quad, name, tailText, attachName, attachKey,
-                           attachIndex);
+        // The extrusion's own header ends at 1.15, one version after the
+        // outline's: that is how the application wrote them.
+        const bool oldHeader = m_version < kExtrusionHeaderVersion;
+        if (oldHeader && !SkipIntLines(2)) return false;
+        if (!ReadDoubleField(3, direction)) return false;
+        if (!ReadDoubleField(1, length)) return false;
+        double dropped[2] = {0.0, 0.0};
+        if (!ReadDoubleField(2, dropped)) return false;
+        if (!ReadOutline(nullptr, segmentCount, segments, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                         nullptr))
+            return false;
+        if (oldHeader && !SkipProfileTrailer()) return false;
+        return ReadProfileTail(vector, segments, matrix, list1, list2, quad, name, tailText, attachName, attachKey,
+                               attachIndex);
+    });
 }
 
 bool CMWZORFile::ReadRevolution(double vector[4], unsigned int* segmentCount, CMWZORSegmentPtrArray* segments, CString*,
                                 CString*, CString*, double matrix[4][4], CMWZORPointArray* list1,
                                 CMWZORPointArray* list2, float quad[4], double axis[4], double* angle, CString* name,
                                 CString* tailText, CString* attachName, CString* attachKey, unsigned int* attachIndex) {
-    if (vector != nullptr)
-        for (int i = 0; i < 4; ++i) vector[i] = 0.0;
-    if (axis != nullptr)
-        for (int i = 0; i < 4; ++i) axis[i] = 0.0;
+    return zor::contain_allocation_failure(m_stream, false, [&] {
+        if (vector != nullptr)
+            for (int i = 0; i < 4; ++i) vector[i] = 0.0;
+        if (axis != nullptr)
+            for (int i = 0; i < 4; ++i) axis[i] = 0.0;
 
-    const bool oldHeader = m_version < kOutlineHeaderVersion;
-    if (oldHeader) {
-        double dropped = 0.0;
-        if (!ReadDoubleField(1, &dropped) || !SkipLines(1) || !ReadDoubleField(1, angle) || !SkipLines(1)) return false;
-    }
-    // The file carries no axis: revolutions turn about Z.
-    if (axis != nullptr) axis[2] = 1.0;
-    if (!ReadOutline(nullptr, segmentCount, segments, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr))
-        return false;
-    if (oldHeader && !SkipProfileTrailer()) return false;
-    return ReadProfileTail(vector, segments, matrix, list1, list2, quad, name, tailText, attachName, attachKey,
-                           attachIndex);
+        const bool oldHeader = m_version < kOutlineHeaderVersion;
+        if (oldHeader) {
+            double dropped = 0.0;
+            if (!ReadDoubleField(1, &dropped) || !SkipLines(1) || !ReadDoubleField(1, angle) || !SkipLines(1))
+                return false;
+        }
+        // The file carries no axis: revolutions turn about Z.
+        if (axis != nullptr) axis[2] = 1.0;
+        if (!ReadOutline(nullptr, segmentCount, segments, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                         nullptr))
+            return false;
+        if (oldHeader && !SkipProfileTrailer()) return false;
+        return ReadProfileTail(vector, segments, matrix, list1, list2, quad, name, tailText, attachName, attachKey,
+                               attachIndex);
+    });
 }
 
 bool CMWZORFile::SkipIntLines(int count) {

@@ -144,7 +144,12 @@ inline bool read_whole_file(const char* path, std::string& bytes) {
     if (file == nullptr) return false;
     char chunk[65536];
     std::size_t got;
-    while ((got = std::fread(chunk, 1, sizeof chunk, file)) > 0) bytes.append(chunk, got);
+    try {
+        while ((got = std::fread(chunk, 1, sizeof chunk, file)) > 0) bytes.append(chunk, got);
+    } catch (...) {
+        std::fclose(file);  // out of memory: the file is not left open
+        throw;
+    }
     std::fclose(file);
     return true;
 }

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <string>
 
+#include "module/Allocation.h"
 #include "platform/crtpath.h"
 #include "profile/NativeProfileText.h"
 #include "profile/TextFormat.h"
@@ -59,10 +60,13 @@ bool starts_with(const CString& line, const char* prefix) {
 }  // namespace
 
 bool CMWZORSegmentArray::WriteNativeFile(const CString& path, const char* magic, const double* zRange) const {
-    zor::NativeProfileText text(path.GetString(), magic, zRange);
-    if (!text.ok()) return false;
-    WriteBody(text);
-    return true;
+    // Out of memory: false, with the file closed (it may hold a part).
+    return zor::failure_on_bad_alloc(false, [&] {
+        zor::NativeProfileText text(path.GetString(), magic, zRange);
+        if (!text.ok()) return false;
+        WriteBody(text);
+        return true;
+    });
 }
 
 void CMWZORSegmentArray::ReadNativeText(const char* text, size_t size, unsigned int unit, double* zRange) {
@@ -116,25 +120,35 @@ void CMWZORSegmentArray::CopyList(CMWZORSegmentArray* target) const {
     for (long long i = target->m_segments.GetSize(); i > 0; --i) {
         if (target->m_cursor > 0) --target->m_cursor;
     }
-    target->AbandonSegments();
-
-    for (long long i = 0; i < m_segments.GetSize(); ++i) {
-        // Leaves the target's cursor on its last segment.
-        if (i > 0) target->GetNext();
-        const CMWZORSegment* segment = m_segments[i];
-        // A null slot (an outline list's empty last slot) has nothing to copy.
-        if (segment == nullptr) continue;
-        // Added through the target's scale, which is now the source's: a
-        // converted profile is scaled again. Clients copy unscaled objects.
-        if (segment->m_type == IO_LINE) {
-            const CMWZORPoint* end = segment->m_points[0];
-            if (end != nullptr) target->AddPoint(end->x, end->y, end->z);
-        } else if (segment->m_type == IO_CLW || segment->m_type == IO_CCLW) {
-            const CMWZORPoint* centre = segment->m_points[0];
-            const CMWZORPoint* end = segment->m_points[2];
-            if (centre != nullptr && end != nullptr)
-                target->AddArc(centre->x, centre->y, centre->z, end->x, end->y, end->z, segment->m_type);
+    // Out of memory: the target gets none of the segments (rather than a part
+    // of the chain that would pass for the whole).
+    const int cursor = target->m_cursor;
+    try {
+        target->AbandonSegments();
+        for (long long i = 0; i < m_segments.GetSize(); ++i) {
+            // Leaves the target's cursor on its last segment.
+            if (i > 0) target->GetNext();
+            const CMWZORSegment* segment = m_segments[i];
+            // A null slot (an outline list's empty last slot) has nothing to copy.
+            if (segment == nullptr) continue;
+            // Added through the target's scale, which is now the source's: a
+            // converted profile is scaled again. Clients copy unscaled objects.
+            if (segment->m_type == IO_LINE) {
+                const CMWZORPoint* end = segment->m_points[0];
+                if (end != nullptr) target->AddPoint(end->x, end->y, end->z);
+            } else if (segment->m_type == IO_CLW || segment->m_type == IO_CCLW) {
+                const CMWZORPoint* centre = segment->m_points[0];
+                const CMWZORPoint* end = segment->m_points[2];
+                if (centre != nullptr && end != nullptr)
+                    target->AddArc(centre->x, centre->y, centre->z, end->x, end->y, end->z, segment->m_type);
+            }
         }
+    } catch (const std::bad_alloc&) {
+        // Only segments made by this copy are in the list (no client holds
+        // them yet); the target's own went to its kept ones first.
+        for (long long i = 0; i < target->m_segments.GetSize(); ++i) delete target->m_segments[i];
+        target->m_segments.RemoveAll();
+        target->m_cursor = cursor;
     }
 }
 
@@ -152,13 +166,16 @@ bool CMWZORExtrude::WriteFile(CString path, double zMin, double zMax) {
 }
 
 bool CMWZORExtrude::ResadFile(CString path, unsigned int unit) {
-    std::string bytes;
-    if (!zor::read_whole_file(path.GetString(), bytes)) return false;
-    double zRange[2] = {m_zMin, m_zMax};
-    ReadNativeText(bytes.data(), bytes.size(), unit, zRange);
-    m_zMin = zRange[0];
-    m_zMax = zRange[1];
-    return true;
+    // Out of memory: false, with the segments read so far in the list.
+    return zor::failure_on_bad_alloc(false, [&] {
+        std::string bytes;
+        if (!zor::read_whole_file(path.GetString(), bytes)) return false;
+        double zRange[2] = {m_zMin, m_zMax};
+        ReadNativeText(bytes.data(), bytes.size(), unit, zRange);
+        m_zMin = zRange[0];
+        m_zMax = zRange[1];
+        return true;
+    });
 }
 
 void CMWZORExtrude::Copy(CMWZORExtrude* target) {
@@ -185,10 +202,12 @@ CMWZORSweep::~CMWZORSweep() = default;
 bool CMWZORSweep::WriteFile(CString path) { return WriteNativeFile(path, zor::kSweepMagic, nullptr); }
 
 bool CMWZORSweep::ResadFile(CString path, unsigned int unit) {
-    std::string bytes;
-    if (!zor::read_whole_file(path.GetString(), bytes)) return false;
-    ReadNativeText(bytes.data(), bytes.size(), unit, nullptr);
-    return true;
+    return zor::failure_on_bad_alloc(false, [&] {
+        std::string bytes;
+        if (!zor::read_whole_file(path.GetString(), bytes)) return false;
+        ReadNativeText(bytes.data(), bytes.size(), unit, nullptr);
+        return true;
+    });
 }
 
 void CMWZORSweep::Copy(CMWZORSweep* target) {

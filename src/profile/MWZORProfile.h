@@ -20,20 +20,25 @@ public:
     ~CMWZORExtrude() override;
 
     // Stores zMin, zMax and writes the profile file at path, coordinates as
-    // held and the list's unit; false (nothing stored) if it can't be created.
+    // held and the list's unit; false (nothing stored) if it can't be created
+    // or memory runs out while writing.
     bool WriteFile(CString path, double zMin, double zMax);
     // Appends the profile of a native file, converted to unit (1 mm, 2 in,
-    // 0 none); false only if the file can't be opened.
+    // 0 none); false only if the file can't be opened or memory runs out (the
+    // segments read until then stay).
     bool ResadFile(CString path, unsigned int unit);
     // Copies Z range, tolerance, scale, unit, version and segments into target,
     // whose own segments are dropped. The segments are added through target's
-    // scale, now the source's: copy objects whose scale is 1.
+    // scale, now the source's: copy objects whose scale is 1. When memory runs
+    // out the target gets none of the segments.
     void Copy(CMWZORExtrude* target);
     // Z range; a null pointer skips its value.
     void GetZValues(double* zMin, double* zMax);
     void SetZValues(double zMin, double zMax);
 
-    // Vericut XML or plain-text profile, in fileUnit, converted to unit.
+    // Vericut XML or plain-text profile, in fileUnit, converted to unit. The
+    // foreign readers return false when memory runs out (the segments read
+    // until then stay).
     bool ReadVericut(CString path, unsigned int unit, unsigned int fileUnit);
     // MachineWorks XML extrusion file.
     bool ReadMachineWorksExt(CString path);
@@ -51,7 +56,8 @@ public:
     CMWZORSweep();
     ~CMWZORSweep() override;
 
-    // Writes the profile file at path; false if it can't be created.
+    // Writes the profile file at path; false if it can't be created or memory
+    // runs out while writing.
     bool WriteFile(CString path);
     // As CMWZORExtrude::ResadFile, for a sweep file (no Z line).
     bool ResadFile(CString path, unsigned int unit);

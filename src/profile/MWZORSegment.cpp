@@ -4,6 +4,7 @@
 #include <string>
 
 #include "profile/NativeProfileText.h"
+#include "profile/NewSegment.h"
 
 IMPLEMENT_DYNAMIC(CMWZORSegment, CObject)
 IMPLEMENT_DYNAMIC(CMWZORSegmentArray, CObject)
@@ -118,20 +119,49 @@ bool CMWZORSegmentArray::GetArc(double* cx, double* cy, double* cz, double* ex, 
     return true;
 }
 
-void CMWZORSegmentArray::AddPoint(double x, double y, double z) {
-    CMWZORSegment* segment = new CMWZORSegment;
+namespace zor {
+
+namespace {
+
+void add_point(CMWZORSegment& segment, double x, double y, double z) {
+    // Room first, so that the new point always finds its place.
+    segment.m_points.SetSize(segment.m_points.GetSize() + 1);
+    segment.m_points[segment.m_points.GetSize() - 1] = new CMWZORPoint(x, y, z);
+}
+
+}  // namespace
+
+std::unique_ptr<CMWZORSegment> new_line_segment(double x, double y, double z) {
+    auto segment = std::make_unique<CMWZORSegment>();
     segment->m_type = IO_LINE;
-    segment->m_points.Add(new CMWZORPoint(x * m_scale, y * m_scale, z * m_scale));
-    m_segments.Add(segment);
+    add_point(*segment, x, y, z);
+    return segment;
+}
+
+std::unique_ptr<CMWZORSegment> new_arc_segment(double cx, double cy, double cz, double ex, double ey, double ez,
+                                               m_IOenumType type) {
+    auto segment = std::make_unique<CMWZORSegment>();
+    segment->m_type = type;
+    add_point(*segment, cx, cy, cz);
+    add_point(*segment, 0.0, 0.0, type == IO_CCLW ? 1.0 : -1.0);
+    add_point(*segment, ex, ey, ez);
+    return segment;
+}
+
+void append_segment(CMWZORSegmentPtrArray& list, std::unique_ptr<CMWZORSegment> segment) {
+    list.Add(segment.get());
+    segment.release();
+}
+
+}  // namespace zor
+
+void CMWZORSegmentArray::AddPoint(double x, double y, double z) {
+    zor::append_segment(m_segments, zor::new_line_segment(x * m_scale, y * m_scale, z * m_scale));
 }
 
 void CMWZORSegmentArray::AddArc(double cx, double cy, double cz, double ex, double ey, double ez, m_IOenumType type) {
-    CMWZORSegment* segment = new CMWZORSegment;
-    segment->m_type = type;
-    segment->m_points.Add(new CMWZORPoint(cx * m_scale, cy * m_scale, cz * m_scale));
-    segment->m_points.Add(new CMWZORPoint(0.0, 0.0, type == IO_CCLW ? 1.0 : -1.0));
-    segment->m_points.Add(new CMWZORPoint(ex * m_scale, ey * m_scale, ez * m_scale));
-    m_segments.Add(segment);
+    zor::append_segment(m_segments, zor::new_arc_segment(cx * m_scale, cy * m_scale, cz * m_scale, ex * m_scale,
+                                                         ey * m_scale, ez * m_scale, type));
 }
 
 void CMWZORSegmentArray::WriteBody(std::FILE* stream) const {
@@ -157,6 +187,10 @@ void CMWZORSegmentArray::SetUnitConversion(int wanted, int fileUnit) {
 }
 
 void CMWZORSegmentArray::AbandonSegments() {
-    for (long long i = 0; i < m_segments.GetSize(); ++i) m_abandoned.Add(m_segments[i]);
+    // Room first: when memory runs out both lists stay as they were, and no
+    // segment is ever in both.
+    const long long kept = m_abandoned.GetSize();
+    m_abandoned.SetSize(kept + m_segments.GetSize());
+    for (long long i = 0; i < m_segments.GetSize(); ++i) m_abandoned[kept + i] = m_segments[i];
     m_segments.RemoveAll();
 }

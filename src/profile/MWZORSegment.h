@@ -85,10 +85,13 @@ public:
     // for the whole module and points into this list: keep the list unchanged
     // while stepping.
     int GetArcStep(double* x, double* y, double* z, int step);
-    // Appends an IO_LINE ending at (x, y, z) times the scale.
+    // Appends an IO_LINE ending at (x, y, z) times the scale. When memory
+    // runs out std::bad_alloc is thrown and the list stays as it was (as the
+    // framework throws its memory exception).
     void AddPoint(double x, double y, double z);
     // Appends an arc of the given type (stored unchecked): centre and end times
-    // the scale; axis (0, 0, 1) for IO_CCLW, else (0, 0, -1).
+    // the scale; axis (0, 0, 1) for IO_CCLW, else (0, 0, -1). Out of memory:
+    // as AddPoint.
     void AddArc(double cx, double cy, double cz, double ex, double ey, double ez, m_IOenumType type);
 
     // Writes "Unit < u >\n", "Toler < t >\n" and the text line of every

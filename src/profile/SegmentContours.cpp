@@ -8,10 +8,12 @@
 #include <chrono>
 #include <cstdint>
 #include <cstdlib>
+#include <memory>
 #include <new>
 #include <utility>
 #include <vector>
 
+#include "module/Allocation.h"
 #include "profile/SegmentContoursInternal.h"
 
 // Callers build these records themselves: keep the 64-bit layout fixed.
@@ -66,10 +68,14 @@ int saturate(long long v) { return v > INT_MAX ? INT_MAX : v < INT_MIN ? INT_MIN
 
 template <class T>
 T* allocate() {
-    void* p = std::malloc(sizeof(T));
+    void* p = zor::allocate(sizeof(T));
     if (p == nullptr) throw std::bad_alloc();
     return static_cast<T*>(p);
 }
+
+struct ResultRelease {
+    void operator()(Segment_result* result) const { release_segment_contours(result); }
+};
 
 // Seeded per process, so that a drawing cannot be made to pile its points
 // into one run of the table (which would make the pairing quadratic); the
@@ -172,7 +178,9 @@ Segment_result* build_segment_contours(Segment_settings& settings, Segment_ord* 
         }
     }
 
-    Segment_result* result = allocate<Segment_result>();
+    // Released again when memory runs out half-way through the contours.
+    std::unique_ptr<Segment_result, ResultRelease> owner(allocate<Segment_result>());
+    Segment_result* result = owner.get();
     result->first = nullptr;
     result->walked = 0;
     result->zero = 0;
@@ -264,7 +272,7 @@ Segment_result* build_segment_contours(Segment_settings& settings, Segment_ord* 
             s->direction = -s->direction;
         }
     }
-    return result;
+    return owner.release();
 }
 
 void release_segment_contours(Segment_result* result) {
@@ -281,7 +289,9 @@ void release_segment_contours(Segment_result* result) {
 
 void* API_GetSegmentContours(void* settings, Segment_ord* first) {
     if (settings == nullptr) return nullptr;
-    return zor::build_segment_contours(*static_cast<Segment_settings*>(settings), first);
+    // Out of memory: null, as for no settings.
+    return zor::failure_on_bad_alloc<void*>(
+        nullptr, [&] { return zor::build_segment_contours(*static_cast<Segment_settings*>(settings), first); });
 }
 
 void API_ReleaseSegmentContours(void* result) { zor::release_segment_contours(static_cast<Segment_result*>(result)); }

@@ -71,7 +71,7 @@ struct Segment_result {
 
 // Builds the contours of the list that starts at first (null: an empty list)
 // with the tolerance of settings (a Segment_settings) and returns a
-// Segment_result, or null when settings is null. The input records are
+// Segment_result, or null when settings is null or memory runs out. The input records are
 // updated in place. Release the result with API_ReleaseSegmentContours; the
 // input records stay the caller's.
 ZORMODELIO_API void* API_GetSegmentContours(void* settings, Segment_ord* first);

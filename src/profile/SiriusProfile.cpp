@@ -3,8 +3,10 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <string>
 
+#include "module/Allocation.h"
 #include "platform/crtpath.h"
 #include "profile/ForeignProfile.h"
 #include "profile/MWZORProfile.h"
@@ -56,7 +58,9 @@ bool is_sirius_segment_line(const char* line) {
 }
 
 bool read_sirius(CMWZORSegmentArray& list, const char* path) {
-    std::FILE* file = open_file(path, "r");
+    // Closed on every way out, an exception's too.
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> owner(open_file(path, "r"), std::fclose);
+    std::FILE* file = owner.get();
     if (file == nullptr) return false;
 
     char line[kSiriusLineBuffer];
@@ -101,7 +105,6 @@ bool read_sirius(CMWZORSegmentArray& list, const char* path) {
         }
         haveEnd = true;
     }
-    std::fclose(file);
 
     // Only the first element's start is known; the others are taken to start
     // where the one before ended.
@@ -113,10 +116,10 @@ bool read_sirius(CMWZORSegmentArray& list, const char* path) {
 
 bool CMWZORExtrude::ReadSirius(CString path, unsigned int wantedUnit, unsigned int fileUnit) {
     SetUnitConversion(static_cast<int>(wantedUnit), static_cast<int>(fileUnit));
-    return zor::read_sirius(*this, path.GetString());
+    return zor::failure_on_bad_alloc(false, [&] { return zor::read_sirius(*this, path.GetString()); });
 }
 
 bool CMWZORSweep::ReadSirius(CString path, unsigned int wantedUnit, unsigned int fileUnit) {
     SetUnitConversion(static_cast<int>(wantedUnit), static_cast<int>(fileUnit));
-    return zor::read_sirius(*this, path.GetString());
+    return zor::failure_on_bad_alloc(false, [&] { return zor::read_sirius(*this, path.GetString()); });
 }

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <string>
 
+#include "module/Allocation.h"
 #include "platform/crtpath.h"
 #include "profile/ForeignProfile.h"
 #include "profile/MWZORProfile.h"
@@ -244,7 +245,8 @@ bool CMWZORExtrude::ReadVericut(CString path, unsigned int unit, unsigned int fi
     zor::VericutFields fields;
     double zRange[2] = {m_zMin, m_zMax};
     fields.zRange = zRange;
-    const bool read = zor::read_vericut(*this, path.GetString(), fields);
+    const bool read =
+        zor::failure_on_bad_alloc(false, [&] { return zor::read_vericut(*this, path.GetString(), fields); });
     // The Z range is scaled on every way out, also after a failed read.
     m_zMin = zRange[0] * m_scale;
     m_zMax = zRange[1] * m_scale;
@@ -256,5 +258,5 @@ bool CMWZORSweep::ReadVericut(CString path, unsigned int unit, unsigned int file
     zor::VericutFields fields;
     fields.turned = true;
     fields.tolerance = &m_tolerance;
-    return zor::read_vericut(*this, path.GetString(), fields);
+    return zor::failure_on_bad_alloc(false, [&] { return zor::read_vericut(*this, path.GetString(), fields); });
 }

@@ -9,8 +9,8 @@
 #include "platform/comsupport.h"
 
 // Loads fileName (8-bit path) as the held document, replacing any other.
-// *answer: 1 when it parsed; 0 when it did not, with the parser's reason on
-// standard error and no document held. answer may be null.
+// *answer: 1 when it parsed; 0 when it did not (or memory ran out), with the
+// parser's reason on standard error and no document held. answer may be null.
 ZORMODELIO_API void API_IsXml(char* fileName, int* answer);
 
 // Forgets the held document (API_ReadList then returns empty strings).
@@ -23,6 +23,7 @@ ZORMODELIO_API void API_ReleaseXml(bool fullReset);
 // The next token of the walk: an element name, an attribute name then its
 // value, a text value, any of these with "!" when the walk leaves the
 // enclosing element(s), "OptiPath" at the end of the list, or "" when no
-// document is held or after the end. Points into a buffer of the module that
+// document is held, after the end, or when memory runs out (the walk then
+// stays where it was). Points into a buffer of the module that
 // the next call overwrites; do not free it.
 ZORMODELIO_API char* API_ReadList();

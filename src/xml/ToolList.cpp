@@ -301,10 +301,18 @@ const std::string& read_list_token(ListToken* info) {
     XmlDom* document = g_xmlDocument;
     std::string text;
     if (document != nullptr) {
+        const Position start = position();
+        const bool begun = g_walkState != "NULL";
         try {
             text = WalkCall(out).run(*document);
         } catch (const std::bad_alloc&) {
-            _com_issue_error(E_OUTOFMEMORY);
+            // Out of memory: no token (""), and the walk stays where this
+            // call found it.
+            restore(start);
+            if (!begun) g_walkState = "NULL";
+            g_walkDone = false;
+            out = ListToken();
+            text.clear();
         }
     }
     g_listBuffer = std::move(text);

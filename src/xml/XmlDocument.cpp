@@ -60,10 +60,8 @@ XmlDom* loadDom() {
     std::unique_ptr<XmlDom> dom;
     for (int step = 1; step <= 4; ++step) {
         HRESULT hr = step_result(step);
-        if (step == 1 && SUCCEEDED(hr)) {
-            dom.reset(new (std::nothrow) XmlDom);
-            if (!dom) hr = E_OUTOFMEMORY;
-        }
+        // Out of memory is thrown (std::bad_alloc) for API_IsXml to answer 0.
+        if (step == 1 && SUCCEEDED(hr)) dom = std::make_unique<XmlDom>();
         // Steps 2 to 4 turn off asynchronous loading, validation and external
         // resolution, which every XmlDom has off: they only fail when told to.
         if (FAILED(hr)) {
@@ -94,7 +92,7 @@ void reset_xml_document_state() {
 
 }  // namespace zor
 
-void API_IsXml(char* fileName, int* answer) {
+void API_IsXml(char* fileName, int* answer) try {
     using zor::g_xmlDocument;
     CoInitialize(nullptr);
     // The previous document is not released: it stays alive until unload.
@@ -110,6 +108,13 @@ void API_IsXml(char* fileName, int* answer) {
     (void)g_xmlDocument->parse_error_code();
     if (answer != nullptr) *answer = 0;
     g_xmlDocument = nullptr;
+    CoUninitialize();
+} catch (const std::bad_alloc&) {
+    // Out of memory: answered as a document that did not parse, in the
+    // parser's words for it.
+    std::fputs("Could not allocate memory.\n", stderr);
+    if (answer != nullptr) *answer = 0;
+    zor::g_xmlDocument = nullptr;
     CoUninitialize();
 }
 

@@ -94,7 +94,12 @@ bool XmlDom::load(const char* fileName) {
     std::string bytes;
     char chunk[65536];
     std::size_t got;
-    while ((got = std::fread(chunk, 1, sizeof chunk, file)) > 0) bytes.append(chunk, got);
+    try {
+        while ((got = std::fread(chunk, 1, sizeof chunk, file)) > 0) bytes.append(chunk, got);
+    } catch (...) {
+        std::fclose(file);  // out of memory: the file is not left open
+        throw;
+    }
     const bool readError = std::ferror(file) != 0;
     std::fclose(file);
     if (readError) {
@@ -160,17 +165,19 @@ std::size_t XmlDom::item_count() const {
 const std::vector<pugi::xml_node>& XmlDom::children_of(pugi::xml_node node) const {
     auto found = m_children.find(node.internal_object());
     if (found != m_children.end()) return found->second;
-    std::vector<pugi::xml_node>& list = m_children[node.internal_object()];
+    // Listed before it is kept: running out of memory half-way must not
+    // leave a short list behind for the next call.
+    std::vector<pugi::xml_node> list;
     for (pugi::xml_node child : node.children()) list.push_back(child);
-    return list;
+    return m_children.emplace(node.internal_object(), std::move(list)).first->second;
 }
 
 const std::vector<pugi::xml_attribute>& XmlDom::attributes_of(pugi::xml_node node) const {
     auto found = m_attributes.find(node.internal_object());
     if (found != m_attributes.end()) return found->second;
-    std::vector<pugi::xml_attribute>& list = m_attributes[node.internal_object()];
+    std::vector<pugi::xml_attribute> list;
     for (pugi::xml_attribute attribute : node.attributes()) list.push_back(attribute);
-    return list;
+    return m_attributes.emplace(node.internal_object(), std::move(list)).first->second;
 }
 
 }  // namespace zor

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <map>
 #include <memory>
+#include <new>
 #include <pugixml.hpp>
 #include <string>
 
@@ -79,6 +80,9 @@ int ZORAPI_LoadXmlFile(const char* path, const char* holderName) {
     if (path == nullptr || !zor::read_whole_file(path, bytes)) return 0;
     auto holder = std::make_unique<zor::XmlHolder>();
     pugi::xml_parse_result parsed = holder->document.load_buffer(bytes.data(), bytes.size());
+    // Out of memory is no verdict on the file: the caller must not go on as
+    // if it were not XML.
+    if (parsed.status == pugi::status_out_of_memory) throw std::bad_alloc();
     if (!parsed || !holder->document.document_element()) return 0;
     s.holders[holderName] = std::move(holder);
     return 1;

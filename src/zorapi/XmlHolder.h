@@ -25,7 +25,10 @@ using ZORAPI_XmlAttrib = pugi::xml_attribute_struct*;  // an attribute, null for
 
 // Parses the file at path (either separator) and keeps it under holderName,
 // replacing a document held under that name. Non-zero if the file parsed and
-// has a root element; on failure nothing stays under that name.
+// has a root element; on failure nothing stays under that name. Throws
+// std::bad_alloc when memory runs out (a reader's edge turns that into its
+// failure result), so that a file is never taken for non-XML for want of
+// memory.
 int ZORAPI_LoadXmlFile(const char* path, const char* holderName);
 // Releases the document held under holderName; an unknown name is ignored.
 void ZORAPI_XmlFreeHolder(const char* holderName);

@@ -99,6 +99,18 @@ TEST(CollisionSectionTest, SectionCutShortKeepsWhatWasStored) {
         EXPECT_EQ(Section(*f.file).pairs(), "failed: s0-s1:5/1 (null)-(null):0/0 (null)-(null):0/0");
         EXPECT_EQ(zor::object_file_state().objectNames.size(), 3u);  // kept on a missing line
     }
+    // A count far beyond the rest of the file, in both forms: the arrays are
+    // made for the file's count and keep the pairs read.
+    std::string old = ObjectFileWriter(112).collisionOld({{"a", "b", 1, 2}}).plain();
+    old.replace(old.find("< 1 >"), 5, "< 1000 >");
+    for (const std::string& text : {old, new_form(1000, {"0:1,5,2,7"})}) {
+        NewForm f(text);
+        Section s(*f.file);
+        const std::string pairs = s.pairs();
+        EXPECT_EQ(std::make_pair(s.ok, s.count), std::make_pair(false, 1000u));
+        EXPECT_EQ(pairs.substr(0, pairs.find(" (null)")),
+                  f->m_version < 113 ? "failed: a-b:1/2" : "failed: s0-s1:5/1 s0-s2:7/1");
+    }
     // Old form: every prefix fails, and the entries not yet read are zero
     // (FreeCollision over the whole count is safe).
     const std::string text = ObjectFileWriter(112).collisionOld({{"a", "b", 1, 2}, {"c", "d", 3, 4}}).plain();

@@ -49,23 +49,24 @@ TEST(MeshRecordTest, CountsCornerCopiesAndScaling) {
     EXPECT_EQ(o.corners, nullptr);
 }
 
-TEST(MeshRecordTest, RefusesBadIndicesAndCountsTheFileCannotHold) {
-    // A refused count allocates nothing; arrays already handed out are freed by the caller (ASan checks).
-    const std::tuple<const char*, const char*, bool> cases[] = {
-        {"Triangle < 3/2/1 >", "Triangle < 4/2/1 >", true},
-        {"Triangle < 3/2/1 >", "Triangle < 3/-1/1 >", true},
-        {"Triangle < 3/2/1 >", "Triangle < 3/2/1000000 >", true},
-        {"Num Vertices < 4 >", "Num Vertices < 2000000000 >", false},
-        {"Num Vertices < 4 >", "Num Vertices < -5 >", false},
-        {"Num Points < 1 >", "Num Points < 900000000 >", true},
-        {"Num Triangles < 2 >", "Num Triangles < 1500000000 >", true}};
+TEST(MeshRecordTest, RefusesBadIndicesAndHugeCountsTheFileCannotHold) {
+    // A refused count allocates nothing; arrays already handed out (vertices, corners) are freed by the caller
+    // (ASan checks). The corner count holds the file's triangle count once read.
+    const std::tuple<const char*, const char*, int, unsigned int> cases[] = {
+        {"Triangle < 3/2/1 >", "Triangle < 4/2/1 >", 2, 2},
+        {"Triangle < 3/2/1 >", "Triangle < 3/-1/1 >", 2, 2},
+        {"Triangle < 3/2/1 >", "Triangle < 3/2/1000000 >", 2, 2},
+        {"Num Vertices < 4 >", "Num Vertices < 2000000000 >", 0, 77},
+        {"Num Vertices < 4 >", "Num Vertices < -5 >", 0, 77},
+        {"Num Points < 1 >", "Num Points < 900000000 >", 1, 77},
+        {"Num Triangles < 2 >", "Num Triangles < 1500000000 >", 1, 1500000000}};
     const std::string text = ObjectFileWriter(115).mesh("m", kTwoTriangles).plain();
-    for (const auto& [from, to, verticesHandedOut] : cases) {
+    for (const auto& [from, to, arraysHandedOut, cornerCount] : cases) {
         std::string bad = text;
         Outputs o;
         EXPECT_FALSE(OpenedFile(bad.replace(bad.find(from), std::strlen(from), to)).next(o)) << to;
-        EXPECT_EQ(o.vertices != nullptr, verticesHandedOut) << to;
-        EXPECT_EQ(o.count, 77u) << to;  // no corner count without the corners
+        EXPECT_EQ((o.vertices != nullptr) + (o.corners != nullptr), arraysHandedOut) << to;
+        EXPECT_EQ(o.count, cornerCount) << to;
     }
     // Null outputs still consume the record.
     OpenedFile f(ObjectFileWriter(115).mesh("m", kTwoTriangles).sphere(2, "after").plain());
@@ -75,6 +76,49 @@ TEST(MeshRecordTest, RefusesBadIndicesAndCountsTheFileCannotHold) {
                             nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr));
     ASSERT_TRUE(f->ReadType(&f.type));
     EXPECT_EQ(f.type, ZOR_RECORD_SPHERE);
+}
+
+// "Num Vertices < 100 >" followed by 3 vertex lines and the end of the file:
+// the count and an array for all 100 reach the caller with the 3 read, and
+// the read fails. The same for the triangles and the point lists; a count is
+// stored as soon as it is read. Only a count whose array passes 64 MiB and
+// that the rest of the file cannot fill is refused before allocating.
+TEST(MeshRecordTest, FileEndingInsideACountedListKeepsTheCountAndTheLinesRead) {
+    // Counts | third and last vertex | corner 3 and the last | list 1's points of its size.
+    const auto summary = [](const Outputs& o) {
+        const auto entry = [](const double* e) {
+            return zortest::format_number(e[0]) + "," + zortest::format_number(e[1]) + "," +
+                   zortest::format_number(e[2]) + "," + zortest::format_number(e[3]);
+        };
+        std::string out = std::to_string(o.vertexCount) + " " + std::to_string(o.count) + " | ";
+        out += o.vertices == nullptr ? "-"
+               : o.vertexCount < 3   ? "made"
+                                     : entry(o.vertices[2]) + " .. " + entry(o.vertices[o.vertexCount - 1]);
+        out += " | ";
+        out += o.corners == nullptr ? "-" : entry(o.corners[3]) + " .. " + entry(o.corners[3 * o.count - 1]);
+        long long points = 0;
+        for (long long i = 0; i < o.list1.GetSize(); ++i) points += o.list1[i] != nullptr;
+        return out + " | " + std::to_string(points) + "/" + std::to_string(o.list1.GetSize());
+    };
+    const std::tuple<const char*, const char*, const char*, const char*> cases[] = {
+        // Count line as written, as changed, the last line kept, the outcome.
+        {"Num Vertices < 4 >", "Num Vertices < 100 >", "1,2,0 >", "100 77 | 1,2,0,0 .. 0,0,0,0 | - | 0/0"},
+        {"Num Triangles < 2 >", "Num Triangles < 50 >", "3/2/1 >",
+         "4 50 | 1,2,0,0 .. 0,2,3,0 | 0,2,3,0 .. 0,0,0,0 | 1/1"},
+        {"Num Points < 1 >", "Num Points < 10 >", "5,6,7 >", "4 77 | 1,2,0,0 .. 0,2,3,0 | - | 1/10"},
+        {"Num Vertices < 4 >", "Num Vertices < 0 >", "Num Vertices < 0 >", "0 77 | made | - | 0/0"},
+        // 64,000,000 bytes of vertices are made; 67,200,000 are more than the budget.
+        {"Num Vertices < 4 >", "Num Vertices < 2000000 >", "1,2,0 >", "2000000 77 | 1,2,0,0 .. 0,0,0,0 | - | 0/0"},
+        {"Num Vertices < 4 >", "Num Vertices < 2100000 >", "1,2,0 >", "2100000 77 | - | - | 0/0"}};
+    const std::string text = ObjectFileWriter(115).mesh("m", kTwoTriangles).plain();
+    for (const auto& [from, to, last, outcome] : cases) {
+        std::string cut = text;
+        cut.replace(cut.find(from), std::strlen(from), to);
+        cut.resize(cut.find(last) + std::strlen(last) + 1);
+        Outputs o;
+        EXPECT_FALSE(OpenedFile(cut).next(o)) << to;
+        EXPECT_EQ(summary(o), outcome) << to;
+    }
 }
 
 TEST(PartToolRecordsTest, BothReadGeometryAndTailAtEveryVersion) {

@@ -103,6 +103,23 @@ TEST(ProfileRecordsTest, ClosedOutlinesReportACountAndAnEmptySlot) {
     }
 }
 
+// An outline whose file ends inside its segment lines: the list is sized for
+// the count first (N + 1 when closed) and keeps the segments read.
+TEST(ProfileRecordsTest, OutlineCutShortKeepsItsSizeAndTheSegmentsRead) {
+    for (const auto& [version, closed, slots] : {std::make_tuple(115, 0, 10), std::make_tuple(113, 1, 11)}) {
+        Outline o = sample_outline(closed);
+        o.count = 10;
+        std::string text = ObjectFileWriter(version).revolution(90, o, "r").plain();
+        text.resize(text.find("CCLW"));  // the file ends after two segment lines
+        Outputs out;
+        EXPECT_FALSE(OpenedFile(text).next(out));
+        std::string expected = "LINE 0,0,0 | LINE 10,0,0";
+        for (int i = 2; i < slots; ++i) expected += " | null";
+        EXPECT_EQ(segments(out), expected);
+        EXPECT_EQ(out.count, 77u);  // reported only for a whole outline
+    }
+}
+
 TEST(ProfileRecordsTest, OutlineWithoutListStillReportsTheCount) {
     OpenedFile f(ObjectFileWriter(113).extrusion({0, 0, 1}, 1, sample_outline(1), "x").sphere(1, "after").plain());
     unsigned int count = 0;

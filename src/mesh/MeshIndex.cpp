@@ -6,6 +6,7 @@
 #include <new>
 
 #include "mesh/FastIndex.h"
+#include "module/Allocation.h"
 
 namespace zor {
 
@@ -47,7 +48,7 @@ Family* family(int kind) { return kind == 1 || kind == 2 ? &internals().families
 SL_Node* new_node(int level) {
     // Room for the key and level + 1 forward pointers; search-list
     // allocations are not checked (a failure ends in bad_alloc).
-    void* p = std::malloc(sizeof(SL_Node) + (level + 1) * sizeof(SL_Node*));
+    void* p = allocate(sizeof(SL_Node) + (level + 1) * sizeof(SL_Node*));
     if (p == nullptr) throw std::bad_alloc();
     SL_Node* node = static_cast<SL_Node*>(p);
     node->key = nullptr;
@@ -148,7 +149,7 @@ TMTPoint* PointPool::add() {
     const std::uint32_t block = m_size >> kBlockBits;
     if (block == m_blocks.size()) {
         // Records are never moved: the search list and the next links point at them.
-        void* raw = std::malloc(sizeof(TMTPoint) * kBlockSize);
+        void* raw = allocate(sizeof(TMTPoint) * kBlockSize);
         if (raw == nullptr) throw std::bad_alloc();
         m_blocks.emplace_back(static_cast<TMTPoint*>(raw));
     }
@@ -202,7 +203,7 @@ void SL_init_family(int kind) {
 SL_List* SL_new_list(int unique, SL_Compare compare, int kind) {
     Family* f = family(kind);
     if (f == nullptr || f->sentinel == nullptr) return nullptr;
-    SL_List* list = static_cast<SL_List*>(std::malloc(sizeof(SL_List)));
+    SL_List* list = static_cast<SL_List*>(allocate(sizeof(SL_List)));
     if (list == nullptr) throw std::bad_alloc();
     list->unique = unique;
     list->compare = compare;
@@ -322,7 +323,9 @@ int TMT_init(SL_List** points, SL_List** vectors) {
     return 1;
 }
 
-int TMT_point_index(float x, float y, float z, TMTPoint** record, SL_List** list, unsigned int kind) {
+namespace {
+
+int point_index(float x, float y, float z, TMTPoint** record, SL_List** list, unsigned int kind) {
     if (list == nullptr || (kind != kPointKind && kind != kVectorKind)) return 0;
     KindEngine& engine = internals().engines[kind - 1];
     MeshIndexState& s = mesh_index_state();
@@ -340,25 +343,16 @@ int TMT_point_index(float x, float y, float z, TMTPoint** record, SL_List** list
         levels.drawn = engine.drawnLevel;
         levels.count = s.kind(kind).count;
         std::uint32_t ordinal = 0;
-        TMTPoint* p = nullptr;
-        try {
-            if (engine.fast.find(v, engine.pool, levels, ordinal) == FastIndex::Result::Found) {
-                if (record != nullptr) *record = &engine.pool.at(ordinal);
-                return 1;
-            }
-            p = add_record(kind, x, y, z);
-            if (p == nullptr) return 0;
-            if (record != nullptr) *record = p;
-            // The level draw of SL_insert, for its effect on rand().
-            SL_random_level(static_cast<int>(kind));
-            engine.fast.insert(p->index - 1);
-        } catch (const std::bad_alloc&) {
-            // The lookup could not grow: the point is lost like a record that
-            // could not be allocated, and the read that asked is abandoned.
-            report(s.kind(kind).count > (p != nullptr ? 1u : 0u) ? "TMT_point_index: allocation error in linked list\n"
-                                                                 : "TMT_point_index: error allocating TMTFirst\n");
-            return 0;
+        if (engine.fast.find(v, engine.pool, levels, ordinal) == FastIndex::Result::Found) {
+            if (record != nullptr) *record = &engine.pool.at(ordinal);
+            return 1;
         }
+        TMTPoint* p = add_record(kind, x, y, z);
+        if (p == nullptr) return 0;
+        if (record != nullptr) *record = p;
+        // The level draw of SL_insert, for its effect on rand().
+        SL_random_level(static_cast<int>(kind));
+        engine.fast.insert(p->index - 1);
         s.kind(kind).tail = p;
         return static_cast<int>(s.kind(kind).count);
     }
@@ -375,10 +369,26 @@ int TMT_point_index(float x, float y, float z, TMTPoint** record, SL_List** list
     return static_cast<int>(s.kind(kind).count);
 }
 
+}  // namespace
+
+int TMT_point_index(float x, float y, float z, TMTPoint** record, SL_List** list, unsigned int kind) {
+    try {
+        return point_index(x, y, z, record, list, kind);
+    } catch (const std::bad_alloc&) {
+        // The search list or the lookup could not grow (the old index did
+        // not check these): the point is lost like a record that could not be
+        // allocated, and the read that asked is abandoned.
+        report(mesh_index_state().kind(kind).count > 0 ? "TMT_point_index: allocation error in linked list\n"
+                                                       : "TMT_point_index: error allocating TMTFirst\n");
+        return 0;
+    }
+}
+
+
 int TMT_add_face(float x1, float y1, float z1, float x2, float y2, float z2, float x3, float y3, float z3, float nx,
                  float ny, float nz, SL_List** points, SL_List** vectors) {
     MeshIndexState& s = mesh_index_state();
-    TMTFace* f = static_cast<TMTFace*>(std::malloc(sizeof(TMTFace)));
+    TMTFace* f = static_cast<TMTFace*>(allocate(sizeof(TMTFace)));
     if (s.faceCount != 0) {
         s.faceTail->next = f;
         if (f == nullptr) {
@@ -456,7 +466,7 @@ void tmt_release_lookup() {
 double* tmt_take_points(unsigned int kind, double factor) {
     MeshIndexState::Kind& k = mesh_index_state().kind(kind);
     PointPool& pool = internals().engines[kind == kVectorKind ? 1 : 0].pool;
-    double* out = static_cast<double*>(std::malloc(std::max<std::size_t>(k.count * 3 * sizeof(double), 1)));
+    double* out = static_cast<double*>(allocate(std::max<std::size_t>(k.count * 3 * sizeof(double), 1)));
     if (out == nullptr) return nullptr;
     double* o = out;
     for (TMTPoint* p = k.head; p != nullptr;) {

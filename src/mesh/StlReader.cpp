@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "mesh/MeshImport.h"
+#include "module/Allocation.h"
 #include "platform/crtpath.h"
 
 namespace zor {
@@ -374,7 +375,7 @@ FaceArray::~FaceArray() { std::free(m_data); }
 bool FaceArray::reserve(std::size_t faces) {
     if (faces <= m_capacity) return true;
     if (faces > SIZE_MAX / (4 * sizeof(unsigned int))) return false;
-    void* p = std::realloc(m_data, faces * 4 * sizeof(unsigned int));
+    void* p = reallocate(m_data, faces * 4 * sizeof(unsigned int));
     if (p == nullptr) return false;
     m_data = static_cast<unsigned int*>(p);
     m_capacity = faces;
@@ -390,7 +391,7 @@ unsigned int* FaceArray::release() {
     unsigned int* out = m_data;
     if (out == nullptr || m_count < m_capacity) {
         // Trimmed to its size; an empty array is still a valid allocation.
-        void* p = std::realloc(m_data, std::max<std::size_t>(m_count * 4 * sizeof(unsigned int), 1));
+        void* p = reallocate(m_data, std::max<std::size_t>(m_count * 4 * sizeof(unsigned int), 1));
         if (p != nullptr) out = static_cast<unsigned int*>(p);
     }
     m_data = nullptr;
@@ -484,7 +485,11 @@ int StlFile(char* fileName, unsigned int* numPoints, double** points, unsigned i
     zor::SL_List* vectorList = nullptr;
     zor::TMT_init(&pointList, &vectorList);
     zor::FaceArray faceArray;
-    if (zor::STL_read(fileName, &pointList, &vectorList, faceArray) != 1) {
+    // Running out of memory outside the index (the read buffer, the name)
+    // fails the read like any other error, with the stream closed.
+    const int read = zor::failure_on_bad_alloc(0, [&] { return zor::STL_read(fileName, &pointList, &vectorList, faceArray); });
+    if (read != 1) {
+        zor::STL_close();
         // The index is released now rather than at the next read.
         zor::TMT_free(pointList, vectorList);
         return 0;

@@ -3,6 +3,7 @@
 // noisy and adversarial meshes and on every corpus file.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <filesystem>
@@ -145,6 +146,86 @@ TEST(StlOracleTest, LateIrregularValueSwitchesWithTheSameResult) {
             w.facets.insert(w.facets.end(), tail.facets.begin(), tail.facets.end());
             expect_same(dir.write("late.stl", w.binary()), seed);
         }
+    }
+}
+
+// The index alone (no files), both ways, on the same facets.
+oracle::Mesh index_ours(const std::vector<float>& facets) {
+    zor::SL_List* points = nullptr;
+    zor::SL_List* vectors = nullptr;
+    zor::TMT_init(&points, &vectors);
+    oracle::Mesh m;
+    unsigned int face[4];
+    for (std::size_t i = 0; i + 12 <= facets.size(); i += 12) {
+        EXPECT_EQ(zor::tmt_add_face_indices(&facets[i + 3], &facets[i], &points, &vectors, face), 1);
+        m.faces.insert(m.faces.end(), face, face + 4);
+    }
+    zor::tmt_release_lookup();
+    for (unsigned int kind : {zor::kPointKind, zor::kVectorKind}) {
+        const unsigned int n = zor::mesh_index_state().kind(kind).count;
+        double* p = zor::tmt_take_points(kind, 1.0);
+        (kind == zor::kPointKind ? m.points : m.vectors).assign(p, p + 3 * n);
+        std::free(p);
+    }
+    zor::TMT_free(points, vectors);
+    return m;
+}
+
+std::string index_difference(const std::vector<float>& facets, unsigned int seed) {
+    std::srand(seed);
+    const oracle::Mesh ours = index_ours(facets);
+    std::srand(seed);
+    oracle::Mesh expected;
+    oracle::index_facets(facets, expected);
+    return zortest::mesh_difference(ours, expected);
+}
+
+// Random facets over small alphabets, so that NaN walls, infinities, near-zero
+// chains that merge and the few first nodes of a higher level meet often;
+// then long mixes, which move large groups into blocks.
+TEST(StlOracleTest, HostileKeysMatchThePlainIndexAtEveryLevel) {
+    const float chain[] = {0.0f, 6e-9f, 1.2e-8f, 1.8e-8f, -6e-9f, 2.4e-8f};
+    const std::vector<std::vector<float>> alphabets = {
+        {kNaN, kInf, -kInf, 0.0f, -0.0f, 6e-9f, 1.2e-8f, 1e-30f, 1.0f, 2.0f},
+        {kNaN, 0.0f, 6e-9f, 1.2e-8f, 1.8e-8f, -6e-9f, 1.0f},
+        {kInf, -kInf, 0.0f, 6e-9f, 1.2e-8f, 1.0f},
+        {kNaN, kInf, -kInf, 0.0f, 1.0f, 2.0f},
+        {0.0f, 6e-9f, 1.2e-8f, 1.8e-8f, -6e-9f, 1.0f, 2.0f},
+    };
+    std::mt19937 rng(2024);
+    const std::vector<unsigned int> seeds = seeds_by_level();
+    auto facets_from = [&rng](const std::vector<float>& values, int count, int reuse) {
+        std::vector<float> out;
+        std::vector<std::array<float, 3>> made;
+        for (int f = 0; f < count; ++f) {
+            for (int k = 0; k < 3; ++k) out.push_back(pick(rng, values));
+            for (int k = 0; k < 3; ++k) {
+                std::array<float, 3> p{};
+                if (!made.empty() && static_cast<int>(rng() % 4) < reuse) {
+                    p = made[rng() % made.size()];
+                } else {
+                    for (float& c : p) c = pick(rng, values);
+                    made.push_back(p);
+                }
+                out.insert(out.end(), p.begin(), p.end());
+            }
+        }
+        return out;
+    };
+    for (int round = 0; round < 3000; ++round) {
+        const std::size_t a = static_cast<std::size_t>(round) % alphabets.size();
+        const unsigned int seed = seeds[static_cast<std::size_t>(round / 5) % seeds.size()];
+        const std::vector<float> facets = facets_from(alphabets[a], 1 + static_cast<int>(rng() % 16), 2);
+        const std::string diff = index_difference(facets, seed);
+        ASSERT_EQ(diff, "") << "alphabet " << a << " seed " << seed << " round " << round;
+    }
+    // Long mixes: a chained axis of many values with the hostile ones.
+    std::vector<float> mix(std::begin(chain), std::end(chain));
+    for (int i = 0; i < 60; ++i) mix.push_back(static_cast<float>(i) * 3e-9f);
+    mix.insert(mix.end(), {kNaN, kInf, -kInf, 1.0f, 2.0f, 3.0f});
+    for (unsigned int seed : seeds) {
+        SCOPED_TRACE("long mix, seed " + std::to_string(seed));
+        EXPECT_EQ(index_difference(facets_from(mix, 1500, 3), seed), "");
     }
 }
 

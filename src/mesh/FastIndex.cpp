@@ -71,10 +71,18 @@ EqRange eq_range(float q) {
     const std::uint32_t top = order_key(inf);
     if (std::isnan(q) || q == -inf) return EqRange{0, 0, true};
     if (q == inf) return EqRange{top, top - 1, false};
+    const std::uint32_t at = order_key(q);
+    if (!is_small(q)) return EqRange{at, at, false};  // no other float that close
     // |a - b| in single precision grows with a, so the values equal to q form
     // an interval of keys around q's; near zero it spans billions of floats,
-    // hence the bisection.
-    const std::uint32_t at = order_key(q);
+    // hence the bisection. Keys repeat: the last ones are remembered.
+    struct Cached {
+        std::uint32_t key = 0xFFFFFFFFu;
+        EqRange range{};
+    };
+    static thread_local Cached cache[64];
+    Cached& c = cache[(at * 0x9E3779B1u) >> 26];
+    if (c.key == at) return c.range;
     auto equal = [q](std::uint32_t k) { return axis_equal(float_of_key(k), q, kFastTolerance); };
     std::uint32_t lo = order_key(-inf), hi = at;  // first equal key in (lo, hi]
     while (hi - lo > 1) {
@@ -88,7 +96,9 @@ EqRange eq_range(float q) {
         const std::uint32_t mid = lo + (hi - lo) / 2;
         (equal(mid) ? lo : hi) = mid;
     }
-    return EqRange{first, lo, false};
+    c.key = at;
+    c.range = EqRange{first, lo, false};
+    return c.range;
 }
 
 }  // namespace

@@ -116,6 +116,11 @@ void LayerContours::AppendFirstChain(Profile& profile) const {
 void write_dxf_layer(const Layer& layer, const CString& path, unsigned int unit, bool sweep,
                      LayerScratch* scratch = nullptr);
 
+// The file a layer is written to when a drawing has several: outPath with
+// "_Layer_Name_" and the layer's name before its last four characters, with
+// the name's path separators made "_" (never outside outPath's folder).
+CString layer_path(const CString& outPath, const CString& layerName);
+
 // ReadDxf after the drawing was loaded into bytes.
 CString* read_dxf_buffer(std::string_view bytes, const CString& outPath, unsigned int unit, bool sweep);
 

@@ -121,18 +121,15 @@ public:
         m_lastName = name;
         m_named = true;
         if (equal_no_case(m_current->m_name.view(), name)) return;
-        // Entities read before the first group 8 join the first named layer.
-        // Only the layer that exists before any entity is renamed: a layer
-        // that a drawing itself calls "none" is an ordinary layer.
-        if (m_initial && m_initial->m_name.CompareNoCase("none") == 0) {
-            m_initial->SetName(CString(name));
+        // While the current layer is still called "none" it takes the first
+        // other name met: entities read before the first group 8, and those of
+        // a layer the drawing itself calls "none", join the next named layer.
+        if (m_current->m_name.CompareNoCase("none") == 0) {
+            Rename(name, drawing);
             return;
         }
         if (m_initial) Store(std::move(m_initial), drawing);
-        // Folded into a kept buffer: no allocation per entity.
-        m_key.assign(name.data(), name.size());
-        fold_case_in_place(m_key);
-        auto found = m_index.find(m_key);
+        auto found = m_index.find(folded(name));
         if (found != m_index.end()) {
             m_current = drawing.layers[found->second].get();
             return;
@@ -155,6 +152,41 @@ private:
     void Store(std::unique_ptr<Layer> layer, DxfDrawing& drawing) {
         m_index.emplace(fold_case(layer->m_name.view()), drawing.layers.size());
         drawing.layers.push_back(std::move(layer));
+    }
+
+    // Folded into a kept buffer: no allocation per entity.
+    const std::string& folded(std::string_view name) {
+        m_key.assign(name.data(), name.size());
+        fold_case_in_place(m_key);
+        return m_key;
+    }
+
+    // The current layer, called "none", takes name. The first layer is not
+    // stored yet, so nothing else can carry the name. A stored one is the
+    // last layer stored (a layer called "none" is never left, only renamed).
+    void Rename(std::string_view name, DxfDrawing& drawing) {
+        if (m_initial) {
+            m_initial->SetName(CString(name));
+            return;
+        }
+        m_index.erase("none");
+        auto found = m_index.find(folded(name));
+        if (found == m_index.end()) {
+            m_current->SetName(CString(name));
+            m_index.emplace(m_key, drawing.layers.size() - 1);
+            return;
+        }
+        // Renamed, it would be a second layer of a name already met (A,
+        // none, A): it joins that layer instead, so that names stay distinct.
+        Layer& into = *drawing.layers[found->second];
+        Layer& from = *m_current;
+        // Room first: should it fail, no entity belongs to both layers.
+        const long long need = static_cast<long long>(into.GetCount()) + from.m_count;
+        if (into.m_entities.GetSize() < need) into.m_entities.SetSize(need);
+        for (int i = 0; i < from.m_count; ++i) into.AddEntity(from.m_entities[i], into.GetCount());
+        from.m_count = 0;  // the entities are into's now
+        drawing.layers.pop_back();
+        m_current = &into;
     }
 
     std::unique_ptr<Layer> m_initial;  // until stored
@@ -390,6 +422,24 @@ void write_dxf_layer(const Layer& layer, const CString& path, unsigned int unit,
     contours.AppendFirstChain(chain);
 }
 
+CString layer_path(const CString& outPath, const CString& layerName) {
+    // The name comes from the drawing, and a separator in it would take the
+    // file to another folder ("/../../x"): each becomes "_". What is left is
+    // glued to "_Layer_Name_", so no "." or ".." can stand alone.
+    std::string piece = "_Layer_Name_";
+    for (char c : layerName.view()) piece += c == '/' || c == '\\' ? '_' : c;
+    // The piece goes before the last four characters (the extension), but
+    // never into a folder's name, where an output path without an extension
+    // ("out/a/b") would put it.
+    std::string_view out = outPath.view();
+    int at = outPath.GetLength() - 4;
+    const size_t slash = out.find_last_of("/\\");
+    if (slash != std::string_view::npos && static_cast<long long>(slash) >= at) at = static_cast<int>(slash) + 1;
+    CString path = outPath;
+    path.Insert(at, piece.c_str());
+    return path;
+}
+
 CString* read_dxf_buffer(std::string_view bytes, const CString& outPath, unsigned int unit, bool sweep) {
     DxfDrawing drawing;
     if (!parse_dxf(bytes, drawing)) return nullptr;
@@ -405,7 +455,7 @@ CString* read_dxf_buffer(std::string_view bytes, const CString& outPath, unsigne
     for (size_t i = 0; i < count; ++i) {
         const Layer& layer = *drawing.layers[i];
         CString path = outPath;
-        if (count > 1) path.Insert(path.GetLength() - 4, "_Layer_Name_" + layer.m_name);
+        if (count > 1) path = layer_path(outPath, layer.m_name);
         names[i] = path;
         write_dxf_layer(layer, path, unit, sweep, &scratch);
     }

@@ -10,7 +10,8 @@
 // entity as a "KOLP EXTRUDE FILE" (Z 0 to 1) or, with sweep, a "KOLP SWEEP
 // FILE", in unit (1 mm, 2 in; coordinates are not converted). One layer is
 // written to outPath itself; several go to outPath with "_Layer_Name_" and
-// the layer's name put before its last four characters. Returns the paths
+// the layer's name put before its last four characters ("/" and "\" in the
+// name made "_", so no file leaves outPath's folder). Returns the paths
 // written followed by an empty string; when no entity names a layer, nothing
 // is written and the result is one string, the last layer name read ("none").
 // Null when the drawing cannot be opened or has no "ENTITIES" token, or when

@@ -157,6 +157,14 @@ TEST(DxfReader, WritesOneFileForEachLayerOrOutPathItselfForOne) {
         EXPECT_EQ(profile_of(paths[0]), c.firstProfile);
         EXPECT_EQ(std::filesystem::exists(dir.file("p.ext")), paths.size() == 1);
     }
+    // Layer names never take a file out of out's folder, even where the
+    // folder that "p_Layer_Name_/../../escaped.ext" needs exists.
+    std::filesystem::create_directories(dir.file("a/b/p_Layer_Name_"));
+    EXPECT_EQ(read_dxf(dir.write("d.dxf", on({"/../../escaped", "..\\x", "B"})), dir.file("a/b/p.ext")),
+              Strings({dir.file("a/b/p_Layer_Name__.._.._escaped.ext"), dir.file("a/b/p_Layer_Name_.._x.ext"),
+                       dir.file("a/b/p_Layer_Name_B.ext")}));
+    EXPECT_FALSE(std::filesystem::exists(dir.file("a/escaped.ext")));
+    EXPECT_EQ(profile_of(dir.file("a/b/p_Layer_Name__.._.._escaped.ext")), "11");
     for (bool sweep : {false, true}) {
         read_dxf(dir.write("d.dxf", on({"Only"})), dir.file("p.ext"), 2, sweep);
         const std::string text = zortest::read_file(dir.file("p.ext"));
@@ -187,6 +195,23 @@ TEST(DxfReader, WritesTheChainThroughTheFirstEntityWithArcsBySense) {
     }
 }
 
+TEST(DxfReader, LayerFileNamesStayInTheOutputFolder) {
+    const char* cases[][3] = {
+        // outPath, layer name, file written
+        {"/o/prof.ext", "L1", "/o/prof_Layer_Name_L1.ext"},
+        {"/o/p.ext", "Sketch 2-a_b", "/o/p_Layer_Name_Sketch 2-a_b.ext"},
+        {"/o/p.ext", "Layer.1", "/o/p_Layer_Name_Layer.1.ext"},
+        {"/o/p.ext", "..", "/o/p_Layer_Name_...ext"},
+        {"/o/p.ext", "/../../x", "/o/p_Layer_Name__.._.._x.ext"},
+        {"C:\\o\\p.ext", "a\\..\\b/", "C:\\o\\p_Layer_Name_a_.._b_.ext"},
+        // Without an extension the name would go into a folder's name.
+        {"/o/a/b", "L", "/o/a/_Layer_Name_Lb"},
+        {"o\\..", "L", "o\\_Layer_Name_L.."},
+        {"ab", "L", "_Layer_Name_Lab"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(zor::layer_path(c[0], c[1]).GetString(), std::string(c[2])) << c[1];
+}
+
 // Layers and entity counts a drawing's text gives, and for those without
 // layers, ReadDxf's one name ("none" or the last group 8 value) or its null.
 TEST(DxfReader, TokensGroupCodesAndLayerRules) {
@@ -207,7 +232,11 @@ TEST(DxfReader, TokensGroupCodesAndLayerRules) {
         {"NUL byte before ENTITIES", std::string("0\nSECTION\n2\n\0ENTITIES\n0\nLINE\n", 27), {}, "null"},
         {"names folded to the first spelling", on({"Alpha", "Beta", "ALPHA"}), {{"Alpha", 2}, {"Beta", 1}}},
         {"entities before any 8 join the first layer", on({"", "", "First"}), {{"First", 3}}},
-        {"a layer named none after a named one", on({"A", "none", "B"}), {{"A", 1}, {"none", 1}, {"B", 1}}},
+        // A layer called "none" takes the next name met, or joins the layer of
+        // that name; it stays itself only when the drawing ends on it.
+        {"a layer named none after a named one", on({"A", "none", "B"}), {{"A", 1}, {"B", 2}}},
+        {"none between two of the same name", on({"A", "B", "none", "None", "a", "B"}), {{"A", 4}, {"B", 2}}},
+        {"none renamed, then none again", on({"A", "none", "B", "none"}), {{"A", 1}, {"B", 2}, {"none", 1}}},
         {"value with blanks is cut", on({"Sketch Geometry (ANSI)"}), {{"Sketch", 1}}},
         {"tab before a value, CR LF", DxfWriter({true}).Raw("0\r\nLINE\r\n8\r\n\tT\r\n10\r\n\t1").Text(), {{"T", 0}}},
         {"sections, handles",

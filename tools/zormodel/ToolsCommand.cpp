@@ -193,23 +193,22 @@ int run_tools(const std::string& path, bool json) {
     int answer = 0;
     API_IsXml(name.data(), &answer);
     if (answer != 1) return 1;
-    // A document whose walk comes back to elements it left never ends; a
-    // walk that ends gives a few tokens per node and attribute at most.
-    const std::size_t limit = 4 * zor::g_xmlDocument->item_count() + 16;
     Depths depths;
     ToolBuilder builder;
-    std::size_t count = 0;
     int status = 0;
     try {
-        for (;; ++count) {
-            if (count == limit) {
-                std::fprintf(stderr, "zormodel: %s: the walk does not end (it comes back to elements it left)\n",
-                             path.c_str());
-                status = 1;
-                break;
-            }
+        for (;;) {
             zor::ListToken info;
             const std::string token = zor::read_list_token(&info);
+            if (info.stopped) {
+                // The library ends such a walk as it ends a list; a host would
+                // take the tools so far for the whole library.
+                std::fprintf(stderr,
+                             "zormodel: %s: the walk stops where it would give its tokens again (it comes back to "
+                             "elements it left)\n",
+                             path.c_str());
+                status = 1;
+            }
             if (token.empty()) break;
             if (json)
                 builder.add(token, info);

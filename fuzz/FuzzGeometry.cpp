@@ -72,7 +72,7 @@ struct Segment {
     m_IOenumType type;
     int end[2];  // indices into the point table
     Point centre;
-    bool ownAxis;
+    bool ownAxis;  // the arc's axis replaced by axis after AddArc: the points are public, a host may set any
     Point axis;
 };
 
@@ -330,7 +330,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return static_cast<int>(points.size() - 1);
     };
     // An end: a new point, a copy of the previous segment's second end (the
-    // chain as drawn), a copy of any earlier point, or that point's record.
+    // chain as drawn), a copy of one of the first 256 points, or that point's
+    // very record.
     const auto end_point = [&](int how) {
         if (points.empty() || how == 0) return new_point();
         const int previous = segments.empty() ? static_cast<int>(points.size() - 1) : segments.back().end[1];

@@ -11,6 +11,9 @@ constexpr double kPi = 3.14159265358979323846;
 // Tolerances finer than this share of the radius are taken as this share:
 // about 70 000 steps a full turn, the most any arc gets.
 constexpr double kMinRelativeTolerance = 1e-9;
+// A radial part this small beside the point's distance from the centre is
+// rounding noise, not a direction: the point lies on the axis.
+constexpr double kOnAxis = 1e-12;
 
 struct Vec {
     double x, y, z;
@@ -38,6 +41,16 @@ bool unit_axis(const double* axis, Vec& unit) {
     return true;
 }
 
+// The part of v square to the unit axis a, projected twice: one pass leaves
+// a rounding residue along the axis of the size of v's axial part, which a
+// spiral to an end near the axis scales up by r0 / r1; the second leaves one
+// of the size of the radial part. For an axis along x, y or z the second
+// pass changes nothing.
+Vec radial_part(const Vec& v, const Vec& a) {
+    const Vec once = v - dot(a, v) * a;
+    return once - dot(a, once) * a;
+}
+
 // Largest distance between an arc of radius r spanning angle and its chord.
 double chord_deviation(double r, double angle) {
     double s = std::sin(angle / 4.0);
@@ -56,11 +69,10 @@ int ZORAPI_GetArcStepInfo(const double* start, const double* centre, const doubl
     const Vec s = load(start), c = load(centre), e = load(end);
     Vec a;
     if (finite(s) && finite(c) && finite(e) && unit_axis(axis, a)) {
-        Vec u0 = s - c, u1 = e - c;
-        u0 = u0 - dot(a, u0) * a;  // radial parts
-        u1 = u1 - dot(a, u1) * a;
+        const Vec u0 = radial_part(s - c, a), u1 = radial_part(e - c, a);
         const double r0 = std::sqrt(dot(u0, u0)), r1 = std::sqrt(dot(u1, u1));
-        if (r0 > 0.0 && r1 > 0.0 && std::isfinite(r0) && std::isfinite(r1)) {
+        if (r0 > kOnAxis * std::sqrt(dot(s - c, s - c)) && r1 > kOnAxis * std::sqrt(dot(e - c, e - c)) &&
+            std::isfinite(r0) && std::isfinite(r1)) {
             double sweep = std::atan2(dot(a, cross(u0, u1)), dot(u0, u1));
             if (sweep <= 0.0) sweep += 2.0 * kPi;  // equal directions make a full turn
             const double r = r0 > r1 ? r0 : r1;
@@ -105,7 +117,7 @@ int ZORAPI_GetArcStep(const double* axis, double second, double third, const dou
     const Vec c = load(centre);
     const Vec w = e - c;
     const double height = dot(a, w);
-    const Vec radial = w - height * a;
+    const Vec radial = radial_part(w, a);
     const double angle = -remaining * first;
     const double ratio = 1.0 + remaining * third;
     // Intermediate points keep the end's height along the axis.

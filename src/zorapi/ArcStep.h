@@ -18,9 +18,10 @@ constexpr double kArcMaxStepDegrees = 100.0;
 // equal steps whose chords deviate from the arc by no more than tolerance and
 // span no more than maxStepDegrees each. point receives the start. first,
 // second, third and vector receive what ZORAPI_GetArcStep needs. Degenerate
-// arcs (zero radius, zero axis, non-finite input) get one step straight to
-// the end; a tolerance below 1e-9 of the radius (zero, negative or NaN
-// included) counts as 1e-9 of the radius, so n stays finite. Start and end
+// arcs (zero radius, start or end on the axis within rounding, zero axis,
+// non-finite input) get one step straight to the end; a tolerance below 1e-9
+// of the radius (zero, negative or NaN included) counts as 1e-9 of the
+// radius, so n stays finite. Start and end
 // at different radii step along a spiral between the two, planned for the
 // larger radius. Null outputs are skipped. Returns 1.
 int ZORAPI_GetArcStepInfo(const double* start, const double* centre, const double* end, const double* axis,

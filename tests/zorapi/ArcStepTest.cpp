@@ -100,6 +100,8 @@ TEST(ArcStep, DegenerateArcsGiveFiniteSmallPlans) {
         {"infinite tolerance", {1, 0, 0}, {0, 0, 0}, {0, 1, 0}, {0, 0, 1}, 1e308 * 10, 1},
         {"different radii and heights", {1, 0, 0}, {0, 0, 0}, {0, 2, 3}, {0, 0, 1}, 0.005, 100},
         {"NaN start: one step to the end", {nan, 0, 0}, {0, 0, 0}, {0, 1, 0}, {0, 0, 1}, 0.005, 1},
+        // The end's radial part is rounding noise along the axis: no spiral to it.
+        {"end on a tilted axis", {0, 0, 41.5}, {41.5, 41.5, 41.5}, {0, 0, 0}, {1, 1, 1}, 0, 1},
     };
     for (const Arc& arc : arcs) {
         SCOPED_TRACE(arc.name);
@@ -108,8 +110,12 @@ TEST(ArcStep, DegenerateArcsGiveFiniteSmallPlans) {
         EXPECT_LE(p.size(), arc.sweepDegrees + 1);
         EXPECT_EQ(p.back(), arc.end);
         EXPECT_TRUE(std::isnan(arc.start[0]) || p.front() == arc.start);
-        for (size_t i = std::isnan(arc.start[0]) ? 1 : 0; i < p.size(); ++i)
+        // No point lies farther from the centre than the start or the end (fmax passes over a NaN).
+        const double reach = std::fmax(norm(sub(arc.start, arc.centre)), norm(sub(arc.end, arc.centre)));
+        for (size_t i = std::isnan(arc.start[0]) ? 1 : 0; i < p.size(); ++i) {
             EXPECT_TRUE(std::isfinite(p[i][0]) && std::isfinite(p[i][1]) && std::isfinite(p[i][2])) << i;
+            EXPECT_LE(norm(sub(p[i], arc.centre)), reach * (1 + 1e-9)) << i;
+        }
     }
 }
 

@@ -126,6 +126,8 @@ TEST(StlOracleTest, RandomAndAdversarialMeshesMatchThePlainIndex) {
                              std::to_string(round));
                 const StlWriter w = mesh_from(rng, family.values, 20 + 60 * round);
                 expect_same(dir.write("m.stl", w.binary()), seed);
+                // The same values as ASCII tokens ("nan", "inf", "-inf" included).
+                expect_same(dir.write("a.stl", w.ascii("twin", "%.9g")), seed);
                 if (HasFailure()) return;
             }
         }

@@ -529,19 +529,8 @@ void FastIndex::forget_records() {
 }
 
 void FastIndex::clear() {
-    for (Axis& a : m_axes) {
-        a.values.clear();
-        a.exact.clear();
-        a.clusters.clear();
-        a.parent.clear();
-    }
-    m_blocks.clear();
-    std::vector<Slot>().swap(m_slots);
+    forget_records();
     std::vector<bool>().swap(m_inHash);
-    m_used = 0;
-    m_shift = 32;
-    m_genX.clear();
-    m_genXY.clear();
     std::vector<Tag>().swap(m_tags);
 }
 

@@ -1,0 +1,565 @@
+// zormodelio: the readers of ZORModelIo for Python, arrays as numpy arrays.
+//
+// Every function keeps the GIL for its whole call: the module keeps
+// module-wide reader state (one read at a time in the process), and the GIL
+// is what serialises Python threads onto it.
+#include <pybind11/numpy.h>
+#include <pybind11/pybind11.h>
+#include <pybind11/stl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <memory>
+#include <new>
+#include <sstream>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "ZORModelIo.h"
+#include "dxf/DxfParse.h"
+#include "mesh/StlReader.h"
+#include "objectfile/LineReader.h"
+#include "objectfile/ObjectFileState.h"
+#include "platform/crtpath.h"
+#include "profile/ForeignProfileSource.h"
+#include "xml/ToolList.h"
+#include "xml/XmlDocument.h"
+
+namespace py = pybind11;
+
+namespace {
+
+// --- arguments and errors -------------------------------------------------
+
+// str, bytes or os.PathLike to the 8-bit path the readers take.
+std::string fs_path(const py::handle& path) {
+    py::object fs = py::reinterpret_steal<py::object>(PyOS_FSPath(path.ptr()));
+    if (!fs) throw py::error_already_set();
+    if (py::isinstance<py::bytes>(fs)) return fs.cast<std::string>();
+    py::object encoded = py::reinterpret_steal<py::object>(PyUnicode_EncodeFSDefault(fs.ptr()));
+    if (!encoded) throw py::error_already_set();
+    return encoded.cast<std::string>();
+}
+
+[[noreturn]] void raise_errno(int error, const std::string& path) {
+    errno = error;
+    // Picks the OSError subclass by errno (FileNotFoundError, IsADirectoryError, ...).
+    PyErr_SetFromErrnoWithFilename(PyExc_OSError, path.c_str());
+    throw py::error_already_set();
+}
+
+// The readers answer a missing file like a wrong one; ask the system first so
+// each gets its own exception.
+void require_readable(const std::string& path) {
+    struct stat info {};
+    if (::stat(path.c_str(), &info) != 0) raise_errno(errno, path);
+    if (S_ISDIR(info.st_mode)) raise_errno(EISDIR, path);
+    std::FILE* f = std::fopen(path.c_str(), "rb");
+    if (f == nullptr) raise_errno(errno, path);
+    std::fclose(f);
+}
+
+[[noreturn]] void raise_value(const std::string& path, const std::string& reason) {
+    throw py::value_error(path + ": " + reason);
+}
+
+int unit_code(const std::string& unit, const char* argument) {
+    if (unit == "mm") return 1;
+    if (unit == "in") return 2;
+    throw py::value_error(std::string(argument) + " must be \"mm\" or \"in\", not \"" + unit + "\"");
+}
+
+std::string unit_name(int unit) { return unit == 1 ? "mm" : unit == 2 ? "in" : "unit " + std::to_string(unit); }
+
+std::string load_bytes(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream out;
+    out << in.rdbuf();
+    return out.str();
+}
+
+// A numpy array over a buffer from malloc, which it frees with free when the
+// last array using it goes. shape and strides are in elements of T.
+template <class T>
+py::array_t<T> adopt(T* data, std::vector<py::ssize_t> shape, std::vector<py::ssize_t> strides, py::capsule owner) {
+    for (auto& s : strides) s *= static_cast<py::ssize_t>(sizeof(T));
+    if (data == nullptr) return py::array_t<T>(shape);  // an empty result may come without a buffer
+    return py::array_t<T>(std::move(shape), std::move(strides), data, owner);
+}
+
+py::capsule free_on_release(void* data) {
+    return py::capsule(data, [](void* p) { std::free(p); });
+}
+
+// --- STL ------------------------------------------------------------------
+
+py::object read_stl(const py::object& pathArg, const std::string& units, const std::string& fileUnits) {
+    const std::string path = fs_path(pathArg);
+    const int wanted = unit_code(units, "units"), given = unit_code(fileUnits, "file_units");
+    require_readable(path);
+    const int type = zor::stl_file_type_of(path.c_str());
+    zor::stl_reader_state().error[0] = '\0';  // the reader never clears it
+
+    unsigned int numPoints = 0, numVectors = 0, numFaces = 0;
+    double *points = nullptr, *vectors = nullptr;
+    unsigned int* faces = nullptr;
+    std::string name = path;
+    if (StlFile(name.data(), &numPoints, &points, &numVectors, &vectors, &numFaces, &faces, wanted, given) != 1) {
+        const std::string reason = zor::stl_reader_state().error;
+        // A failing allocation inside the index ends with this text.
+        if (reason == "Error adding the facet") throw std::bad_alloc();
+        raise_value(path, "not a readable STL file" + (reason.empty() ? std::string() : " (" + reason + ")"));
+    }
+    // Capsules first, so every buffer is freed even if making an array throws.
+    py::capsule pointsOwner = free_on_release(points), vectorsOwner = free_on_release(vectors),
+                facesOwner = free_on_release(faces);
+    const auto n = static_cast<py::ssize_t>(numPoints), m = static_cast<py::ssize_t>(numVectors),
+               f = static_cast<py::ssize_t>(numFaces);
+    py::module_ types = py::module_::import("types");
+    py::dict mesh;
+    mesh["points"] = adopt(points, {n, 3}, {3, 1}, pointsOwner);
+    mesh["normals"] = adopt(vectors, {m, 3}, {3, 1}, vectorsOwner);
+    // One buffer of four per face: the vertex columns and the normal column
+    // are two strided views of it, not copies.
+    mesh["faces"] = adopt(faces, {f, 3}, {4, 1}, facesOwner);
+    mesh["face_normals"] = adopt(faces == nullptr ? nullptr : faces + 3, {f}, {4}, facesOwner);
+    mesh["form"] = type == 1 ? "ascii" : "binary";
+    return types.attr("SimpleNamespace")(**mesh);
+}
+
+// --- profiles -------------------------------------------------------------
+
+py::tuple xyz(const CMWZORPoint* p) {
+    if (p == nullptr) return py::make_tuple(0.0, 0.0, 0.0);
+    return py::make_tuple(p->x, p->y, p->z);
+}
+
+class Profile {
+public:
+    Profile(std::unique_ptr<CMWZORSegmentArray> list, std::string source)
+        : m_list(std::move(list)), m_source(std::move(source)) {}
+
+    bool extrusion() const { return m_list->IsKindOf(RUNTIME_CLASS(CMWZORExtrude)); }
+    std::string kind() const { return extrusion() ? "extrusion" : "sweep"; }
+    const std::string& source() const { return m_source; }
+    std::string unit() const { return unit_name(m_list->GetUnit()); }
+    double tolerance() const { return m_list->m_tolerance; }
+    py::object z() const {
+        if (!extrusion()) return py::none();
+        double zMin = 0, zMax = 0;
+        static_cast<CMWZORExtrude&>(*m_list).GetZValues(&zMin, &zMax);
+        return py::make_tuple(zMin, zMax);
+    }
+
+    py::list segments() const {
+        py::list out;
+        for (long long i = 0; i < m_list->m_segments.GetSize(); ++i) {
+            const CMWZORSegment* s = m_list->m_segments[i];
+            if (s == nullptr) continue;  // the empty last slot of some closed outlines
+            const CMWZORPointArray& p = s->m_points;
+            if (s->m_type == IO_LINE) {
+                out.append(py::make_tuple("line", xyz(p.GetSize() > 0 ? p[0] : nullptr), py::none()));
+            } else {
+                const char* type = s->m_type == IO_CLW ? "clw" : s->m_type == IO_CCLW ? "cclw" : "unknown";
+                out.append(py::make_tuple(type, xyz(p.GetSize() > 2 ? p[2] : nullptr),
+                                          xyz(p.GetSize() > 0 ? p[0] : nullptr)));
+            }
+        }
+        return out;
+    }
+
+    py::array_t<double> polyline() {
+        std::vector<double> points;
+        auto add = [&](double x, double y, double z) { points.insert(points.end(), {x, y, z}); };
+        CMWZORSegmentArray& list = *m_list;
+        m_IOenumType type;
+        list.SetStart();
+        while (list.GetType(&type)) {
+            double x = 0, y = 0, z = 0;
+            if (type == IO_LINE) {
+                if (list.GetLine(&x, &y, &z)) add(x, y, z);
+            } else {
+                double cx, cy, cz;
+                m_IOenumType arcType;
+                const bool arc = list.GetArc(&cx, &cy, &cz, &x, &y, &z, &arcType);
+                // An arc with nothing before it cannot be stepped: its end point stands for it.
+                const int n = list.GetArcStep(&cx, &cy, &cz, 0);
+                if (n > 0) {
+                    for (int i = 1; i <= n; ++i)
+                        if (list.GetArcStep(&x, &y, &z, i) == i) add(x, y, z);
+                } else if (arc) {
+                    add(x, y, z);
+                }
+            }
+            if (list.GetNext() == nullptr) break;
+        }
+        const auto rows = static_cast<py::ssize_t>(points.size() / 3);
+        py::array_t<double> out({rows, py::ssize_t{3}});
+        if (!points.empty()) std::memcpy(out.mutable_data(), points.data(), points.size() * sizeof(double));
+        return out;
+    }
+
+private:
+    std::unique_ptr<CMWZORSegmentArray> m_list;
+    std::string m_source;
+};
+
+std::string first_line(const std::string& path) {
+    std::FILE* f = std::fopen(path.c_str(), "r");
+    if (f == nullptr) return "";
+    char buffer[100] = {};
+    const bool got = std::fgets(buffer, sizeof buffer, f) != nullptr;
+    std::fclose(f);
+    return got ? CString(buffer).Trim().MakeUpper().GetString() : "";
+}
+
+std::unique_ptr<CMWZORSegmentArray> native_list(bool extrusion, const std::string& path, unsigned int unit) {
+    std::unique_ptr<CMWZORSegmentArray> list;
+    if (extrusion) {
+        auto e = std::make_unique<CMWZORExtrude>();
+        if (!e->ResadFile(path.c_str(), unit)) return nullptr;
+        list = std::move(e);
+    } else {
+        auto s = std::make_unique<CMWZORSweep>();
+        if (!s->ResadFile(path.c_str(), unit)) return nullptr;
+        list = std::move(s);
+    }
+    return list;
+}
+
+// The unit a native file is written in, seen from the conversion the reader
+// picks when asked for the other one; 0 when the file names neither.
+unsigned int native_file_unit(bool extrusion, const std::string& path) {
+    auto probe = native_list(extrusion, path, 1);
+    if (probe != nullptr && probe->m_scale == 25.4) return 2;
+    probe = native_list(extrusion, path, 2);
+    return probe != nullptr && probe->m_scale != 1.0 ? 1 : 0;
+}
+
+Profile read_profile(const py::object& pathArg, const py::object& sourceArg, const py::object& unitsArg,
+                     const py::object& fileUnitsArg) {
+    const std::string path = fs_path(pathArg);
+    std::string source = sourceArg.is_none() ? "" : sourceArg.cast<std::string>();
+    const int units = unitsArg.is_none() ? 0 : unit_code(unitsArg.cast<std::string>(), "units");
+    const int fileUnit = fileUnitsArg.is_none() ? 1 : unit_code(fileUnitsArg.cast<std::string>(), "file_units");
+    require_readable(path);
+
+    const std::string head = first_line(path);
+    if (source.empty() || source == "native") {
+        const bool extrusion = head.rfind("KOLP EXTRUDE FILE", 0) == 0;
+        if (extrusion || head.rfind("KOLP SWEEP FILE", 0) == 0) {
+            const unsigned int unit = units != 0 ? static_cast<unsigned int>(units) : native_file_unit(extrusion, path);
+            auto list = native_list(extrusion, path, unit);
+            if (list == nullptr) raise_value(path, "not a readable profile");
+            return Profile(std::move(list), "native");
+        }
+        if (source == "native") raise_value(path, "not a native profile file (no KOLP EXTRUDE or SWEEP line)");
+        source = zor::detect_profile_source(path.c_str());
+        if (source.empty()) raise_value(path, "not a profile file of any known source");
+    }
+    // Foreign files carry no unit: their numbers are in file_units.
+    const auto wanted = static_cast<unsigned int>(units != 0 ? units : fileUnit);
+    const auto given = static_cast<unsigned int>(fileUnit);
+    const CString file(path.c_str());
+    std::unique_ptr<CMWZORSegmentArray> list;
+    bool read = false;
+    if (source == "vericut" || source == "machineworks-ext" || source == "sirius") {
+        auto e = std::make_unique<CMWZORExtrude>();
+        read = source == "vericut"            ? e->ReadVericut(file, wanted, given)
+               : source == "machineworks-ext" ? e->ReadMachineWorksExt(file)
+                                              : e->ReadSirius(file, wanted, given);
+        list = std::move(e);
+    } else if (source == "vericut-sor" || source == "machineworks-rot") {
+        auto s = std::make_unique<CMWZORSweep>();
+        read = source == "vericut-sor" ? s->ReadVericut(file, wanted, given) : s->ReadMachineWorksRot(file);
+        list = std::move(s);
+    } else {
+        throw py::value_error("unknown profile source \"" + source +
+                              "\" (native, vericut, vericut-sor, machineworks-ext, machineworks-rot, sirius)");
+    }
+    if (!read) raise_value(path, "not a readable " + source + " profile");
+    return Profile(std::move(list), source);
+}
+
+// --- DXF ------------------------------------------------------------------
+
+struct DxfNames {
+    CString* names = nullptr;
+    ~DxfNames() { Delete_Names(names, 0); }
+};
+
+std::vector<std::string> read_dxf(const py::object& pathArg, const py::object& outArg, bool sweep,
+                                  const std::string& units) {
+    const std::string path = fs_path(pathArg), out = fs_path(outArg);
+    const auto unit = static_cast<unsigned int>(unit_code(units, "units"));
+    if (out.size() < 4) throw py::value_error("out_path must end in a four-character extension such as \".ext\"");
+    require_readable(path);
+    DxfNames result;
+    result.names = ReadDxf(path.c_str(), out.c_str(), unit, 0, sweep);
+    if (result.names == nullptr) raise_value(path, "not a DXF drawing (no ENTITIES section)");
+    // The result has no count: a drawing without layers gives one name that is
+    // no path, and no terminator. The layer count settles it.
+    zor::DxfDrawing drawing;
+    zor::parse_dxf(load_bytes(path), drawing);
+    std::vector<std::string> written;
+    for (size_t i = 0; i < drawing.layers.size(); ++i) written.emplace_back(result.names[i].GetString());
+    return written;
+}
+
+py::list dxf_contours(const py::object& pathArg) {
+    const std::string path = fs_path(pathArg);
+    require_readable(path);
+    zor::DxfDrawing drawing;
+    if (!zor::parse_dxf(load_bytes(path), drawing)) raise_value(path, "not a DXF drawing (no ENTITIES section)");
+    py::list layers;
+    for (const auto& layer : drawing.layers) {
+        zor::LayerContours contours(*layer);
+        py::list list;
+        for (const Segment_contour* c = contours.result().first; c != nullptr; c = c->next) {
+            py::list members;
+            const Segment_ord* s = c->startSegment;
+            for (int k = 0; k < c->segmentCount && s != nullptr; ++k, s = s->nextInContour)
+                members.append(py::make_tuple(contours.position(s), s->sense == -1));
+            py::dict contour;
+            contour["closed"] = c->closed != 0;
+            contour["segments"] = c->segmentCount;
+            contour["written"] = c->startSegment == contours.first();
+            contour["entities"] = members;
+            list.append(contour);
+        }
+        py::dict entry;
+        entry["layer"] = layer->m_name.GetString();
+        entry["entities"] = layer->GetCount();
+        entry["contours"] = list;
+        layers.append(entry);
+    }
+    return layers;
+}
+
+// --- tool libraries -------------------------------------------------------
+
+// Holds the library's one document for a walk and lets it go afterwards,
+// also when the walk throws.
+class ToolWalk {
+public:
+    explicit ToolWalk(const std::string& path) {
+        require_readable(path);
+        zor::XmlDom check;
+        if (!check.load(path.c_str())) {
+            std::string reason = check.parse_error_reason();
+            while (!reason.empty() && (reason.back() == '\n' || reason.back() == '\r')) reason.pop_back();
+            raise_value(path, "not a well-formed XML document" + (reason.empty() ? "" : ": " + reason));
+        }
+        std::string name = path;
+        int answer = 0;
+        API_IsXml(name.data(), &answer);
+        if (answer != 1) throw std::bad_alloc();  // it parsed above: only memory can fail it now
+        m_path = path;
+        // A document whose walk comes back to elements it left never ends; a
+        // walk that ends gives a few tokens per node and attribute at most.
+        m_limit = 4 * zor::g_xmlDocument->item_count() + 16;
+    }
+    ~ToolWalk() {
+        API_ReleaseXml(true);
+        API_ResetXmlDoc();
+    }
+    ToolWalk(const ToolWalk&) = delete;
+    ToolWalk& operator=(const ToolWalk&) = delete;
+
+    // The next token ("" at the end) and what it is.
+    std::string next(zor::ListToken* info) {
+        if (m_count++ == m_limit) raise_value(m_path, "the tool list's walk does not end");
+        try {
+            return zor::read_list_token(info);
+        } catch (const _com_error& e) {
+            raise_value(m_path, std::string("the tool list's walk failed: ") + e.ErrorMessage());
+        }
+    }
+
+private:
+    std::string m_path;
+    std::size_t m_limit = 0, m_count = 0;
+};
+
+std::vector<std::string> tool_tokens(const py::object& pathArg) {
+    ToolWalk walk(fs_path(pathArg));
+    std::vector<std::string> tokens;
+    for (std::string token = walk.next(nullptr); !token.empty(); token = walk.next(nullptr))
+        tokens.push_back(std::move(token));
+    return tokens;
+}
+
+bool is_tool(const zor::XmlNode& node) {
+    return node.is_element() && CString(node.base_name().c_str()).MakeUpper() == "TOOL";
+}
+
+// Each TOOL element the walk names, as {"name", "attributes", "value"?,
+// "children"} with the children the walk reports inside it, nested alike.
+py::list read_tool_library(const py::object& pathArg) {
+    ToolWalk walk(fs_path(pathArg));
+    py::list tools;
+    std::unordered_map<const void*, py::object> entries;  // None for nodes outside any tool
+    auto make = [](const zor::XmlNode& node) {
+        py::dict entry;
+        entry["name"] = node.base_name();
+        entry["attributes"] = py::dict();
+        entry["children"] = py::list();
+        return entry;
+    };
+    // The entry of node, made with those of its ancestors up to the tool.
+    auto entry_of = [&](const zor::XmlNode& node) -> py::object {
+        std::vector<zor::XmlNode> chain;
+        py::object base = py::none();
+        bool startsTool = false;
+        for (zor::XmlNode n = node; n && !n.is_document(); n = n.parent()) {
+            auto found = entries.find(n.key());
+            if (found != entries.end()) {
+                base = found->second;
+                break;
+            }
+            chain.push_back(n);
+            if (is_tool(n)) {
+                startsTool = true;
+                break;
+            }
+        }
+        for (auto it = chain.rbegin(); it != chain.rend(); ++it) {
+            py::object entry = py::none();
+            if (startsTool) {
+                entry = make(*it);
+                tools.append(entry);
+                startsTool = false;
+            } else if (!base.is_none()) {
+                entry = make(*it);
+                base["children"].cast<py::list>().append(entry);
+            }
+            entries[it->key()] = entry;
+            base = entry;
+        }
+        return base;
+    };
+    std::string attribute;
+    zor::ListToken info;
+    for (std::string token = walk.next(&info); !token.empty(); token = walk.next(&info)) {
+        if (info.leaves && !token.empty()) token.pop_back();  // the "!" mark is no part of the text
+        if (info.kind == zor::TokenKind::Element) {
+            entry_of(info.node);
+        } else if (info.kind == zor::TokenKind::AttributeName) {
+            attribute = token;
+        } else if (info.kind == zor::TokenKind::AttributeValue || info.kind == zor::TokenKind::Value) {
+            py::object entry = entry_of(info.node);
+            if (entry.is_none()) continue;
+            if (info.kind == zor::TokenKind::Value)
+                entry["value"] = token;
+            else
+                entry["attributes"][py::str(attribute)] = token;
+        }
+    }
+    return tools;
+}
+
+// --- object files ---------------------------------------------------------
+
+py::object descramble(const py::object& pathArg) {
+    const std::string path = fs_path(pathArg);
+    require_readable(path);
+    std::FILE* stream = zor::open_file(path.c_str(), "r");
+    if (stream == nullptr) raise_errno(EIO, path);
+    zor::object_file_state().firstLinePending = true;
+    zor::object_file_state().fileIsPlain = false;
+    std::string text;
+    CString line;
+    while (zor::read_object_line(stream, line)) {  // closes the stream at the end
+        text += line.GetString();
+        text += '\n';
+    }
+    // Scrambled lines may decode to any byte: undecodable ones survive as surrogates.
+    py::object result = py::reinterpret_steal<py::object>(
+        PyUnicode_DecodeUTF8(text.data(), static_cast<py::ssize_t>(text.size()), "surrogateescape"));
+    if (!result) throw py::error_already_set();
+    return result;
+}
+
+}  // namespace
+
+PYBIND11_MODULE(zormodelio, m) {
+    m.doc() =
+        "Readers for the machining simulation's model files: STL, profiles, DXF drawings, tool libraries and "
+        "object files, with arrays as numpy arrays.\n\n"
+        "Every call holds the GIL until it returns: the library keeps module-wide reader state, so one read runs "
+        "at a time in the process.\n"
+        "Errors: FileNotFoundError (and the other OSError kinds) for a file that cannot be opened, ValueError "
+        "naming the file and the reason for a file of the wrong kind, MemoryError when memory runs out.";
+
+    m.def("read_stl", &read_stl, py::arg("path"), py::arg("units") = "mm", py::arg("file_units") = "mm",
+          R"(Read an ASCII or binary STL file.
+
+Returns a namespace with points (N x 3 float64, distinct vertices in order of
+first appearance, converted from file_units to units), normals (M x 3 float64,
+distinct facet normals), faces (F x 3 uint32, vertex indices), face_normals
+(F uint32, normal indices) and form ("ascii" or "binary"). faces and
+face_normals are views of one buffer handed over by the library.
+units, file_units: "mm" or "in". Holds the GIL for the whole call.)");
+
+    py::class_<Profile>(m, "Profile", "An extrusion or sweep profile: a chain of lines and arcs.")
+        .def_property_readonly("kind", &Profile::kind, "\"extrusion\" or \"sweep\".")
+        .def_property_readonly("source", &Profile::source,
+                               "\"native\", \"vericut\", \"vericut-sor\", \"machineworks-ext\", "
+                               "\"machineworks-rot\" or \"sirius\".")
+        .def_property_readonly("unit", &Profile::unit, "\"mm\" or \"in\" (\"unit N\" for another code).")
+        .def_property_readonly("tolerance", &Profile::tolerance, "Chordal tolerance used to step arcs.")
+        .def_property_readonly("z", &Profile::z, "(z_min, z_max) of an extrusion, None for a sweep.")
+        .def_property_readonly(
+            "segments", &Profile::segments,
+            "List of (type, end, centre): type \"line\", \"clw\" or \"cclw\"; end and centre (x, y, z) tuples, "
+            "centre None for a line. A segment starts where the one before it ends.")
+        .def("polyline", &Profile::polyline,
+             "The chain as an N x 3 float64 array: line end points, arcs stepped at the tolerance (at most 100 "
+             "degrees a step). Holds the GIL for the whole call.");
+
+    m.def("read_profile", &read_profile, py::arg("path"), py::arg("source") = py::none(),
+          py::arg("units") = py::none(), py::arg("file_units") = py::none(),
+          R"(Read a native (KOLP EXTRUDE / KOLP SWEEP FILE) or foreign profile.
+
+source: None to detect, or "native", "vericut", "vericut-sor",
+"machineworks-ext", "machineworks-rot", "sirius". units: "mm", "in" or None
+(a native file keeps its own unit, a foreign one its file_units). file_units:
+unit of a Vericut or Sirius file's numbers (default "mm"). Returns a Profile.
+Holds the GIL for the whole call.)");
+
+    m.def("read_dxf", &read_dxf, py::arg("path"), py::arg("out_path"), py::arg("sweep") = false,
+          py::arg("units") = "mm",
+          R"(Write each layer of a DXF drawing as a native profile file.
+
+The chain through each layer's first LINE or ARC is written to out_path (one
+layer) or to out_path with "_Layer_Name_<layer>" before its extension, as an
+extrusion or (sweep=True) a sweep profile marked with units ("mm" or "in";
+coordinates are not converted). Returns the paths written, [] when no entity
+names a layer. Holds the GIL for the whole call.)");
+
+    m.def("dxf_contours", &dxf_contours, py::arg("path"),
+          R"(The contours of every layer of a DXF drawing.
+
+A list of {"layer", "entities" (count), "contours"}, each contour a dict
+{"closed", "segments", "written" (the chain read_dxf writes), "entities": list
+of (position in the layer, turned round)}. Holds the GIL for the whole call.)");
+
+    m.def("tool_tokens", &tool_tokens, py::arg("path"),
+          R"(The raw token stream of a tool library's walk: element names, attribute
+names and values, text values, "!" marking a token after which the walk leaves
+elements, "OptiPath" at the end. Holds the GIL for the whole call.)");
+
+    m.def("read_tool_library", &read_tool_library, py::arg("path"),
+          R"(The tools of a tool library: one dict per TOOL element,
+{"name", "attributes": {name: value}, "children": [...], "value" when it has
+text}, children nested alike. Holds the GIL for the whole call.)");
+
+    m.def("descramble", &descramble, py::arg("path"),
+          R"(The plain text of an object file (scrambled or plain), one line per
+non-empty line as the reader sees it. Holds the GIL for the whole call.)");
+}

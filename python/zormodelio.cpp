@@ -74,6 +74,15 @@ int unit_code(const std::string& unit, const char* argument) {
     throw py::value_error(std::string(argument) + " must be \"mm\" or \"in\", not \"" + unit + "\"");
 }
 
+// Names and tokens come from the file's bytes, which need not be UTF-8:
+// undecodable bytes survive as surrogates, as os.fsdecode keeps them.
+py::str text(const std::string& bytes) {
+    py::object s = py::reinterpret_steal<py::object>(
+        PyUnicode_DecodeUTF8(bytes.data(), static_cast<py::ssize_t>(bytes.size()), "surrogateescape"));
+    if (!s) throw py::error_already_set();
+    return s;
+}
+
 std::string unit_name(int unit) { return unit == 1 ? "mm" : unit == 2 ? "in" : "unit " + std::to_string(unit); }
 
 std::string load_bytes(const std::string& path) {
@@ -282,7 +291,8 @@ Profile read_profile(const py::object& pathArg, const py::object& sourceArg, con
         throw py::value_error("unknown profile source \"" + source +
                               "\" (native, vericut, vericut-sor, machineworks-ext, machineworks-rot, sirius)");
     }
-    if (!read) raise_value(path, "not a readable " + source + " profile");
+    // A foreign reader fails only on a file it cannot open; one of another kind reads as no segments.
+    if (!read || list->m_segments.GetSize() == 0) raise_value(path, "not a readable " + source + " profile");
     return Profile(std::move(list), source);
 }
 
@@ -293,7 +303,7 @@ struct DxfNames {
     ~DxfNames() { Delete_Names(names, 0); }
 };
 
-std::vector<std::string> read_dxf(const py::object& pathArg, const py::object& outArg, bool sweep,
+py::list read_dxf(const py::object& pathArg, const py::object& outArg, bool sweep,
                                   const std::string& units) {
     const std::string path = fs_path(pathArg), out = fs_path(outArg);
     const auto unit = static_cast<unsigned int>(unit_code(units, "units"));
@@ -306,8 +316,12 @@ std::vector<std::string> read_dxf(const py::object& pathArg, const py::object& o
     // no path, and no terminator. The layer count settles it.
     zor::DxfDrawing drawing;
     zor::parse_dxf(load_bytes(path), drawing);
-    std::vector<std::string> written;
-    for (size_t i = 0; i < drawing.layers.size(); ++i) written.emplace_back(result.names[i].GetString());
+    py::list written;
+    for (size_t i = 0; i < drawing.layers.size(); ++i) {
+        const CString& name = result.names[i];
+        written.append(py::reinterpret_steal<py::object>(
+            PyUnicode_DecodeFSDefaultAndSize(name.GetString(), static_cast<py::ssize_t>(name.GetLength()))));
+    }
     return written;
 }
 
@@ -333,7 +347,7 @@ py::list dxf_contours(const py::object& pathArg) {
             list.append(contour);
         }
         py::dict entry;
-        entry["layer"] = layer->m_name.GetString();
+        entry["layer"] = text(layer->m_name.GetString());
         entry["entities"] = layer->GetCount();
         entry["contours"] = list;
         layers.append(entry);
@@ -367,6 +381,11 @@ public:
     ~ToolWalk() {
         API_ReleaseXml(true);
         API_ResetXmlDoc();
+        // The library keeps every document it loaded until it is unloaded, so
+        // that nodes a host still holds never dangle. This copy of the library
+        // is the module's own (the static core) and no node outlives the
+        // walk, so they go now: otherwise every read would keep its document.
+        zor::reset_xml_document_state();
     }
     ToolWalk(const ToolWalk&) = delete;
     ToolWalk& operator=(const ToolWalk&) = delete;
@@ -386,11 +405,10 @@ private:
     std::size_t m_limit = 0, m_count = 0;
 };
 
-std::vector<std::string> tool_tokens(const py::object& pathArg) {
+py::list tool_tokens(const py::object& pathArg) {
     ToolWalk walk(fs_path(pathArg));
-    std::vector<std::string> tokens;
-    for (std::string token = walk.next(nullptr); !token.empty(); token = walk.next(nullptr))
-        tokens.push_back(std::move(token));
+    py::list tokens;
+    for (std::string token = walk.next(nullptr); !token.empty(); token = walk.next(nullptr)) tokens.append(text(token));
     return tokens;
 }
 
@@ -406,7 +424,7 @@ py::list read_tool_library(const py::object& pathArg) {
     std::unordered_map<const void*, py::object> entries;  // None for nodes outside any tool
     auto make = [](const zor::XmlNode& node) {
         py::dict entry;
-        entry["name"] = node.base_name();
+        entry["name"] = text(node.base_name());
         entry["attributes"] = py::dict();
         entry["children"] = py::list();
         return entry;
@@ -455,9 +473,9 @@ py::list read_tool_library(const py::object& pathArg) {
             py::object entry = entry_of(info.node);
             if (entry.is_none()) continue;
             if (info.kind == zor::TokenKind::Value)
-                entry["value"] = token;
+                entry["value"] = text(token);
             else
-                entry["attributes"][py::str(attribute)] = token;
+                entry["attributes"][text(attribute)] = text(token);
         }
     }
     return tools;
@@ -465,24 +483,20 @@ py::list read_tool_library(const py::object& pathArg) {
 
 // --- object files ---------------------------------------------------------
 
-py::object descramble(const py::object& pathArg) {
+py::str descramble(const py::object& pathArg) {
     const std::string path = fs_path(pathArg);
     require_readable(path);
     std::FILE* stream = zor::open_file(path.c_str(), "r");
     if (stream == nullptr) raise_errno(EIO, path);
     zor::object_file_state().firstLinePending = true;
     zor::object_file_state().fileIsPlain = false;
-    std::string text;
+    std::string plain;
     CString line;
     while (zor::read_object_line(stream, line)) {  // closes the stream at the end
-        text += line.GetString();
-        text += '\n';
+        plain += line.GetString();
+        plain += '\n';
     }
-    // Scrambled lines may decode to any byte: undecodable ones survive as surrogates.
-    py::object result = py::reinterpret_steal<py::object>(
-        PyUnicode_DecodeUTF8(text.data(), static_cast<py::ssize_t>(text.size()), "surrogateescape"));
-    if (!result) throw py::error_already_set();
-    return result;
+    return text(plain);  // scrambled lines may decode to any byte
 }
 
 }  // namespace

@@ -1,0 +1,247 @@
+"""zormodelio against the zormodel tool and the library's own rules, on the
+bundled examples and the third-party corpus."""
+import json
+import os
+import pathlib
+import subprocess
+
+import numpy as np
+import pytest
+
+import zormodelio as zm
+
+EXAMPLES = pathlib.Path(os.environ.get("ZOR_EXAMPLES", pathlib.Path(__file__).parents[2] / "examples"))
+CORPUS = pathlib.Path(os.environ.get("ZOR_CORPUS", pathlib.Path(__file__).parents[3] / "shared" / "corpus"))
+ZORMODEL = os.environ.get("ZORMODEL", "")
+
+
+def corpus(kind):
+    folder = CORPUS / kind
+    return sorted(folder.iterdir()) if folder.is_dir() else []
+
+
+def zormodel_json(*args):
+    if not ZORMODEL:
+        pytest.skip("zormodel not built")
+    done = subprocess.run([ZORMODEL, *args, "--json"], capture_output=True)
+    return json.loads(done.stdout.decode(errors="surrogateescape")) if done.returncode == 0 else None
+
+
+STL_FILES = sorted((EXAMPLES / "stl").glob("*.stl")) + corpus("stl")
+DXF_FILES = sorted((EXAMPLES / "dxf").glob("*.dxf")) + corpus("dxf")
+PROFILES = sorted((EXAMPLES / "profiles").iterdir()) + [
+    p for p in sorted((EXAMPLES / "foreign").iterdir()) if p.suffix != ".pol"
+]
+
+
+@pytest.mark.parametrize("path", STL_FILES, ids=lambda p: p.name)
+def test_stl_matches_the_tool(path):
+    expected = zormodel_json("stl", str(path))
+    if expected is None:
+        with pytest.raises(ValueError, match=str(path)):
+            zm.read_stl(path)
+        return
+    mesh = zm.read_stl(path)
+    assert mesh.form == expected["form"]
+    assert mesh.points.shape == (expected["points"], 3) and mesh.points.dtype == np.float64
+    assert mesh.normals.shape == (expected["normals"], 3) and mesh.normals.dtype == np.float64
+    assert mesh.faces.shape == (expected["faces"], 3) and mesh.faces.dtype == np.uint32
+    assert mesh.face_normals.shape == (expected["faces"],) and mesh.face_normals.dtype == np.uint32
+    if len(mesh.points):
+        np.testing.assert_allclose(mesh.points.min(axis=0), expected["min"], rtol=1e-15)
+        np.testing.assert_allclose(mesh.points.max(axis=0), expected["max"], rtol=1e-15)
+    # Every index names an entry of its array, and every entry is used.
+    assert set(np.unique(mesh.faces)) == set(range(len(mesh.points)))
+    assert set(np.unique(mesh.face_normals)) == set(range(len(mesh.normals)))
+
+
+def test_stl_ascii_and_binary_cube_agree_and_convert_units():
+    ascii, binary = zm.read_stl(EXAMPLES / "stl/cube-ascii.stl"), zm.read_stl(EXAMPLES / "stl/cube-binary.stl")
+    assert (ascii.form, binary.form) == ("ascii", "binary")
+    for name in ("points", "normals", "faces", "face_normals"):
+        np.testing.assert_array_equal(getattr(ascii, name), getattr(binary, name))
+    inches = zm.read_stl(EXAMPLES / "stl/cube-ascii.stl", units="in")
+    np.testing.assert_allclose(inches.points * 25.4, ascii.points)
+    with pytest.raises(ValueError, match="units"):
+        zm.read_stl(EXAMPLES / "stl/cube-ascii.stl", units="cm")
+
+
+def test_stl_faces_are_views_of_the_library_buffer():
+    mesh = zm.read_stl(EXAMPLES / "stl/cube-binary.stl")
+    assert not mesh.points.flags.owndata and not mesh.faces.flags.owndata
+    # faces and face_normals share the one buffer of four per face.
+    assert mesh.faces.base is mesh.face_normals.base
+    assert mesh.face_normals.ctypes.data == mesh.faces.ctypes.data + 12
+
+
+@pytest.mark.parametrize("path", PROFILES, ids=lambda p: p.name)
+def test_profile_polyline_runs_to_the_last_end_point(path):
+    profile = zm.read_profile(path)
+    assert profile.kind == ("sweep" if profile.source in ("vericut-sor", "machineworks-rot") or path.suffix == ".swp"
+                            else "extrusion")
+    assert (profile.z is None) == (profile.kind == "sweep")
+    assert profile.segments and all(s[0] in ("line", "clw", "cclw") for s in profile.segments)
+    assert all((s[2] is None) == (s[0] == "line") for s in profile.segments)
+    line = profile.polyline()
+    assert line.ndim == 2 and line.shape[1] == 3 and len(line) >= len(profile.segments)
+    np.testing.assert_allclose(line[-1], profile.segments[-1][1], atol=1e-12)
+    # An arc is stepped into several points, never stood for by its end alone.
+    if any(s[0] != "line" for s in profile.segments):
+        assert len(line) > len(profile.segments)
+
+
+def test_profile_units_and_sources():
+    inch = zm.read_profile(EXAMPLES / "profiles/keyhole-inch.ext")
+    mm = zm.read_profile(EXAMPLES / "profiles/keyhole-inch.ext", units="mm")
+    assert (inch.unit, mm.unit, inch.source) == ("in", "mm", "native")
+    np.testing.assert_allclose(mm.polyline()[-1], inch.polyline()[-1] * 25.4)
+    sirius_in = zm.read_profile(EXAMPLES / "foreign/sirius.txt", units="mm", file_units="in")
+    sirius = zm.read_profile(EXAMPLES / "foreign/sirius.txt", source="sirius")
+    np.testing.assert_allclose(np.array(sirius_in.segments[-1][1]), np.array(sirius.segments[-1][1]) * 25.4)
+    with pytest.raises(ValueError, match="unknown profile source"):
+        zm.read_profile(EXAMPLES / "foreign/sirius.txt", source="autocad")
+
+
+@pytest.mark.parametrize("path", DXF_FILES, ids=lambda p: p.name)
+def test_dxf_contours_match_the_tool_and_read_dxf_writes_each_layer(path, tmp_path):
+    expected = zormodel_json("contours", str(path))
+    if expected is None:
+        with pytest.raises(ValueError, match="ENTITIES"):
+            zm.dxf_contours(path)
+        return
+    layers = zm.dxf_contours(path)
+    assert [layer["entities"] for layer in layers] == [layer["entities"] for layer in expected["layers"]]
+    for ours, theirs in zip(layers, expected["layers"]):
+        if ours["layer"].isascii():  # the tool escapes the rest
+            assert ours["layer"] == theirs["name"]
+        assert [(c["closed"], c["segments"], c["written"]) for c in ours["contours"]] == [
+            (c["closed"], c["segments"], c["written"]) for c in theirs["contours"]
+        ]
+    written = zm.read_dxf(path, tmp_path / "out.ext")
+    assert len(written) == len(layers) and all(pathlib.Path(p).is_file() for p in written)
+    for name in written:
+        assert zm.read_profile(name).kind == "extrusion"
+
+
+def test_dxf_sweep_and_single_layer_name(tmp_path):
+    written = zm.read_dxf(EXAMPLES / "dxf/shaft.dxf", tmp_path / "shaft.swp", sweep=True)
+    assert written == [str(tmp_path / "shaft.swp")]
+    assert zm.read_profile(written[0]).kind == "sweep"
+
+
+def tool_as_tool_json(entry):
+    """read_tool_library's dict in the shape of `zormodel tools --json`."""
+    out = {"name": entry["name"]}
+    if entry["attributes"]:
+        out["attributes"] = [{"name": k, "value": v} for k, v in entry["attributes"].items()]
+    if "value" in entry:
+        out["value"] = entry["value"]
+    if entry["children"]:
+        out["values"] = [tool_as_tool_json(c) for c in entry["children"]]
+    return out
+
+
+def strip_kind(report):
+    if isinstance(report, list):
+        return [strip_kind(r) for r in report]
+    if isinstance(report, dict):
+        return {k: strip_kind(v) for k, v in report.items() if k != "kind"}
+    return report
+
+
+def test_tool_library_matches_the_tool():
+    path = EXAMPLES / "tools/tool-library.xml"
+    tools = zm.read_tool_library(path)
+    assert [t["attributes"]["Name"] for t in tools] == ["Drill 8", "End mill 12", "Ball mill 6"]
+    assert [tool_as_tool_json(t) for t in tools] == strip_kind(zormodel_json("tools", str(path)))
+    tokens = zm.tool_tokens(path)
+    assert tokens[:5] == ["TOOL", "Name", "Drill 8", "Number", "1"] and tokens[-1] == "OptiPath"
+    # The walk restarts for each call: the library holds no document between them.
+    assert zm.tool_tokens(path) == tokens
+
+
+def test_descramble_gives_the_plain_file():
+    scrambled = zm.descramble(EXAMPLES / "objects/scrambled-1.13.obj")
+    assert "// Version: 1.13" in scrambled.splitlines()
+    plain = EXAMPLES / "objects/primitives-1.15.obj"
+    lines = [line.strip() for line in plain.read_text().splitlines() if line.strip()]
+    assert zm.descramble(plain).splitlines() == lines
+
+
+WRONG_KIND = [
+    (zm.read_stl, "tools/tool-library.xml", None),  # any text reads as an empty ASCII STL, as StlFile does
+    (zm.read_profile, "stl/cube-binary.stl", "not a profile"),
+    (lambda p: zm.read_profile(p, source="native"), "foreign/sirius.txt", "not a native profile"),
+    (lambda p: zm.read_profile(p, source="vericut"), "foreign/sirius.txt", "not a readable vericut profile"),
+    (zm.dxf_contours, "stl/cube-ascii.stl", "ENTITIES"),
+    (lambda p: zm.read_dxf(p, "/nonexistent/out.ext"), "stl/cube-ascii.stl", "ENTITIES"),
+    (zm.tool_tokens, "stl/cube-ascii.stl", "well-formed"),
+    (zm.read_tool_library, "dxf/bracket.dxf", "well-formed"),
+]
+
+
+@pytest.mark.parametrize("read, name, reason", WRONG_KIND, ids=lambda x: getattr(x, "__name__", str(x)))
+def test_wrong_kind_raises_value_error_naming_the_file(read, name, reason):
+    if reason is None:
+        assert len(read(EXAMPLES / name).points) == 0
+        return
+    with pytest.raises(ValueError, match=reason) as raised:
+        read(EXAMPLES / name)
+    assert str(EXAMPLES / name) in str(raised.value)
+
+
+def test_truncated_binary_stl_raises_with_the_reader_reason(tmp_path):
+    whole = (EXAMPLES / "stl/cube-binary.stl").read_bytes()
+    cut = tmp_path / "cut.stl"
+    cut.write_bytes(whole[:-30])
+    with pytest.raises(ValueError, match=r"cut.stl: not a readable STL file \(Error reading a"):
+        zm.read_stl(cut)
+
+
+READERS = [
+    zm.read_stl,
+    zm.read_profile,
+    zm.dxf_contours,
+    lambda p: zm.read_dxf(p, "/tmp/out.ext"),
+    zm.tool_tokens,
+    zm.read_tool_library,
+    zm.descramble,
+]
+
+
+@pytest.mark.parametrize("read", READERS)
+def test_missing_file_and_folder_raise_os_errors(read, tmp_path):
+    with pytest.raises(FileNotFoundError) as raised:
+        read(tmp_path / "missing.file")
+    assert raised.value.filename == str(tmp_path / "missing.file")
+    with pytest.raises(IsADirectoryError):
+        read(tmp_path)
+
+
+def resident_bytes():
+    with open("/proc/self/statm") as statm:
+        return int(statm.read().split()[1]) * os.sysconf("SC_PAGE_SIZE")
+
+
+@pytest.mark.parametrize(
+    "read, name",
+    [
+        (zm.read_stl, "stl/cube-binary.stl"),
+        (lambda p: zm.read_profile(p).polyline(), "profiles/rounded-plate.ext"),
+        (zm.dxf_contours, "dxf/bracket.dxf"),
+        (zm.read_tool_library, "tools/tool-library.xml"),
+        (zm.descramble, "objects/scrambled-1.13.obj"),
+        (lambda p: pytest.raises(ValueError, zm.read_stl, p), "stl/truncated"),
+    ],
+)
+def test_a_thousand_reads_do_not_grow_memory(read, name, tmp_path):
+    path = EXAMPLES / name
+    if name == "stl/truncated":
+        path = tmp_path / "truncated.stl"
+        path.write_bytes((EXAMPLES / "stl/cube-binary.stl").read_bytes()[:200])
+    for _ in range(100):  # warm up the allocator and the interpreter's caches
+        read(path)
+    before = resident_bytes()
+    for _ in range(1000):
+        read(path)
+    assert resident_bytes() - before < 512 * 1024

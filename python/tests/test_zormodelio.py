@@ -4,6 +4,7 @@ import json
 import os
 import pathlib
 import subprocess
+import sys
 
 import numpy as np
 import pytest
@@ -245,3 +246,10 @@ def test_a_thousand_reads_do_not_grow_memory(read, name, tmp_path):
     for _ in range(1000):
         read(path)
     assert resident_bytes() - before < 512 * 1024
+
+
+def test_example_script_summarises_the_examples():
+    done = subprocess.run([sys.executable, str(EXAMPLES / "python/summary.py")], capture_output=True, text=True)
+    assert done.returncode == 0, done.stderr
+    assert "binary STL, 8 vertices, 6 normals, 12 faces" in done.stdout
+    assert "layer Holes: 4 entities, 2 contours (2 closed)" in done.stdout

@@ -3,10 +3,14 @@
 // Every function keeps the GIL for its whole call: the module keeps
 // module-wide reader state (one read at a time in the process), and the GIL
 // is what serialises Python threads onto it.
+#include "ZORModelIo.h"
+
+#include <fcntl.h>
 #include <pybind11/numpy.h>
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -20,7 +24,6 @@
 #include <unordered_map>
 #include <vector>
 
-#include "ZORModelIo.h"
 #include "dxf/DxfParse.h"
 #include "mesh/StlReader.h"
 #include "objectfile/LineReader.h"
@@ -175,8 +178,8 @@ public:
                 out.append(py::make_tuple("line", xyz(p.GetSize() > 0 ? p[0] : nullptr), py::none()));
             } else {
                 const char* type = s->m_type == IO_CLW ? "clw" : s->m_type == IO_CCLW ? "cclw" : "unknown";
-                out.append(py::make_tuple(type, xyz(p.GetSize() > 2 ? p[2] : nullptr),
-                                          xyz(p.GetSize() > 0 ? p[0] : nullptr)));
+                out.append(
+                    py::make_tuple(type, xyz(p.GetSize() > 2 ? p[2] : nullptr), xyz(p.GetSize() > 0 ? p[0] : nullptr)));
             }
         }
         return out;
@@ -303,8 +306,7 @@ struct DxfNames {
     ~DxfNames() { Delete_Names(names, 0); }
 };
 
-py::list read_dxf(const py::object& pathArg, const py::object& outArg, bool sweep,
-                                  const std::string& units) {
+py::list read_dxf(const py::object& pathArg, const py::object& outArg, bool sweep, const std::string& units) {
     const std::string path = fs_path(pathArg), out = fs_path(outArg);
     const auto unit = static_cast<unsigned int>(unit_code(units, "units"));
     if (out.size() < 4) throw py::value_error("out_path must end in a four-character extension such as \".ext\"");
@@ -499,6 +501,306 @@ py::str descramble(const py::object& pathArg) {
     return text(plain);  // scrambled lines may decode to any byte
 }
 
+// Object files: every record as a dict, then the collision pairs.
+
+// The outputs every object record shares.
+struct Shared {
+    double vector[4] = {0, 0, 0, 0};
+    CString texts[6];
+    double matrix[4][4] = {};
+    CMWZORPointArray list1, list2;
+    float quad[4] = {0, 0, 0, 0};
+    CString name, tailText, attachName, attachKey;
+    unsigned int attachIndex = 0;
+
+    ~Shared() {
+        for (CMWZORPointArray* list : {&list1, &list2})
+            for (long long i = 0; i < list->GetSize(); ++i) delete list->GetAt(i);
+    }
+
+    py::dict record(const char* kind) const {
+        py::dict r;
+        r["kind"] = kind;
+        r["name"] = text(name.GetString());
+        py::array_t<double> m({4, 4});
+        std::memcpy(m.mutable_data(), matrix, sizeof matrix);
+        r["matrix"] = m;
+        r["vector"] = py::make_tuple(vector[0], vector[1], vector[2], vector[3]);
+        r["colour"] = py::make_tuple(quad[0], quad[1], quad[2], quad[3]);
+        r["attachment"] = py::make_tuple(text(attachName.GetString()), text(attachKey.GetString()), attachIndex);
+        return r;
+    }
+};
+
+py::dict dimensions(std::initializer_list<std::pair<const char*, double>> values) {
+    py::dict d;
+    for (const auto& v : values) d[v.first] = v.second;
+    return d;
+}
+
+// Reads the collision section after the last record: ReadType ran to the end
+// of the file looking for another record, so the section is read again from
+// where that search began, past the "}" lines that close containers.
+class SceneFile : public CMWZORFile {
+public:
+    using CMWZORFile::CMWZORFile;
+
+    // The pairs, or None when there is no section; false when it does not read.
+    bool ReadTrailingCollisions(const std::string& path, long start, py::object* pairs) {
+        *pairs = py::none();
+        if (m_stream != nullptr) std::fclose(m_stream);
+        m_stream = zor::open_file(path.c_str(), "r");
+        if (m_stream == nullptr || std::fseek(m_stream, start, SEEK_SET) != 0) return true;
+        CString line;
+        for (;;) {
+            const long here = std::ftell(m_stream);
+            if (!ReadLine(line)) return true;
+            if (line != "}") {
+                std::fseek(m_stream, here, SEEK_SET);
+                break;
+            }
+        }
+        void** first = nullptr;
+        void** second = nullptr;
+        unsigned int* codes = nullptr;
+        double* values = nullptr;
+        unsigned int count = 0;
+        const bool ok = ReadCollision(&first, &second, &codes, &values, &count);
+        py::list list;
+        // The arrays are zeroed: after a failure the pairs not read have no names.
+        for (unsigned int i = 0; ok && first != nullptr && i < count && first[i] != nullptr; ++i)
+            list.append(py::make_tuple(text(static_cast<const char*>(first[i])),
+                                       text(second[i] != nullptr ? static_cast<const char*>(second[i]) : ""), codes[i],
+                                       values[i]));
+        FreeCollision(first, second, codes, values, first != nullptr ? count : 0);
+        *pairs = list;
+        return ok;
+    }
+};
+
+// A new[] array of four doubles per entry as an N x 3 view (the fourth is 0).
+py::array_t<double> xyz_view(double (*data)[4], unsigned int count) {
+    py::capsule owner(data, [](void* p) { delete[] static_cast<double(*)[4]>(p); });
+    return adopt(data == nullptr ? nullptr : &data[0][0], {static_cast<py::ssize_t>(count), 3}, {4, 1}, owner);
+}
+
+py::list segment_list(CMWZORSegmentPtrArray& segments) {
+    py::list out;
+    for (long long i = 0; i < segments.GetSize(); ++i) {
+        const CMWZORSegment* s = segments[i];
+        if (s == nullptr) continue;
+        const CMWZORPointArray& p = s->m_points;
+        if (s->m_type == IO_LINE)
+            out.append(py::make_tuple("line", xyz(p.GetSize() > 0 ? p[0] : nullptr), py::none()));
+        else
+            out.append(py::make_tuple(s->m_type == IO_CLW    ? "clw"
+                                      : s->m_type == IO_CCLW ? "cclw"
+                                                             : "unknown",
+                                      xyz(p.GetSize() > 2 ? p[2] : nullptr), xyz(p.GetSize() > 0 ? p[0] : nullptr)));
+    }
+    return out;
+}
+
+bool known_record(unsigned int type) {
+    for (unsigned int known : {ZOR_RECORD_CUBE, ZOR_RECORD_CYLINDER, ZOR_RECORD_CONE, ZOR_RECORD_SPHERE,
+                               ZOR_RECORD_TORUS, ZOR_RECORD_FILE, ZOR_RECORD_EXTRUSION, ZOR_RECORD_REVOLUTION,
+                               ZOR_RECORD_MESH, ZOR_RECORD_PART, ZOR_RECORD_TOOL, ZOR_RECORD_ENGINE})
+        if (type == known) return true;
+    return false;
+}
+
+// One record of the type ReadType found, or None when its reader fails.
+py::object read_record(SceneFile& f, unsigned int type) {
+    Shared g;
+#define ZOR_SHARED_TAIL \
+    g.matrix, &g.list1, &g.list2, g.quad, &g.name, &g.tailText, &g.attachName, &g.attachKey, &g.attachIndex
+#define ZOR_SIX_TEXTS &g.texts[0], &g.texts[1], &g.texts[2], &g.texts[3], &g.texts[4], &g.texts[5]
+    double d[3] = {0, 0, 0};
+    switch (type) {
+        case ZOR_RECORD_CUBE: {
+            if (!f.ReadCube(&d[0], &d[1], &d[2], g.vector, ZOR_SIX_TEXTS, ZOR_SHARED_TAIL)) return py::none();
+            py::dict r = g.record("cube");
+            r["dimensions"] = dimensions({{"width", d[0]}, {"depth", d[1]}, {"height", d[2]}});
+            return r;
+        }
+        case ZOR_RECORD_CYLINDER: {
+            if (!f.ReadCylinder(&d[0], &d[1], &d[2], g.vector, ZOR_SIX_TEXTS, ZOR_SHARED_TAIL)) return py::none();
+            py::dict r = g.record("cylinder");
+            r["dimensions"] = dimensions({{"radius", d[0]}, {"height", d[1]}, {"top_radius", d[2]}});
+            return r;
+        }
+        case ZOR_RECORD_CONE: {
+            if (!f.ReadCone(&d[0], &d[1], g.vector, ZOR_SIX_TEXTS, ZOR_SHARED_TAIL)) return py::none();
+            py::dict r = g.record("cone");
+            r["dimensions"] = dimensions({{"radius", d[0]}, {"height", d[1]}});
+            return r;
+        }
+        case ZOR_RECORD_SPHERE: {
+            if (!f.ReadSphere(&d[0], g.vector, ZOR_SIX_TEXTS, ZOR_SHARED_TAIL)) return py::none();
+            py::dict r = g.record("sphere");
+            r["dimensions"] = dimensions({{"radius", d[0]}});
+            return r;
+        }
+        case ZOR_RECORD_TORUS: {
+            if (!f.ReadTorus(&d[0], &d[1], g.vector, ZOR_SIX_TEXTS, ZOR_SHARED_TAIL)) return py::none();
+            py::dict r = g.record("torus");
+            r["dimensions"] = dimensions({{"major_radius", d[0]}, {"minor_radius", d[1]}});
+            return r;
+        }
+        case ZOR_RECORD_FILE: {
+            unsigned int first = 0, flag = 0;
+            CString reference, text2;
+            if (!f.ReadObjectFile(&first, &reference, &text2, g.vector, &g.texts[0], &g.texts[1], &g.texts[2],
+                                  ZOR_SHARED_TAIL, &flag))
+                return py::none();
+            py::dict r = g.record("file");
+            r["file"] = text(reference.GetString());
+            r["flag"] = flag;
+            return r;
+        }
+        case ZOR_RECORD_EXTRUSION:
+        case ZOR_RECORD_REVOLUTION: {
+            const bool extrusion = type == ZOR_RECORD_EXTRUSION;
+            unsigned int count = 0;
+            CMWZORSegmentPtrArray segments;
+            double direction[4] = {0, 0, 0, 0};
+            double value = 0;
+            const bool ok = extrusion
+                                ? f.ReadExtrusion(g.vector, &count, &segments, &g.texts[0], &g.texts[1], &g.texts[2],
+                                                  g.matrix, &g.list1, &g.list2, g.quad, direction, &value, &g.name,
+                                                  &g.tailText, &g.attachName, &g.attachKey, &g.attachIndex)
+                                : f.ReadRevolution(g.vector, &count, &segments, &g.texts[0], &g.texts[1], &g.texts[2],
+                                                   g.matrix, &g.list1, &g.list2, g.quad, direction, &value, &g.name,
+                                                   &g.tailText, &g.attachName, &g.attachKey, &g.attachIndex);
+            struct Owned {  // the segments are ours, also after a failed read
+                CMWZORSegmentPtrArray& s;
+                ~Owned() {
+                    for (long long i = 0; i < s.GetSize(); ++i) delete s[i];
+                }
+            } owned{segments};
+            if (!ok) return py::none();
+            py::dict r = g.record(extrusion ? "extrusion" : "revolution");
+            r["dimensions"] = dimensions({{extrusion ? "length" : "angle", value}});
+            r[extrusion ? "direction" : "axis"] = py::make_tuple(direction[0], direction[1], direction[2]);
+            r["segments"] = segment_list(segments);
+            return r;
+        }
+        case ZOR_RECORD_MESH: {
+            unsigned int vertexCount = 0, cornerCount = 0;
+            double(*vertices)[4] = nullptr;
+            double(*corners)[4] = nullptr;
+            const bool ok = f.ReadMesh(g.vector, &vertexCount, &vertices, &g.texts[0], &g.texts[1], &g.texts[2],
+                                       &cornerCount, &corners, ZOR_SHARED_TAIL);
+            // The arrays are ours after a failed read too: the views free them.
+            py::array_t<double> v = xyz_view(vertices, ok ? vertexCount : 0);
+            py::array_t<double> c = xyz_view(corners, ok ? cornerCount : 0);
+            if (!ok) return py::none();
+            py::dict r = g.record("mesh");
+            r["dimensions"] = py::dict();
+            r["vertices"] = v;
+            r["corners"] = c;
+            return r;
+        }
+        case ZOR_RECORD_PART:
+        case ZOR_RECORD_TOOL: {
+            const bool part = type == ZOR_RECORD_PART;
+            const bool ok = part ? f.ReadPart(g.vector, &g.texts[0], &g.texts[1], &g.texts[2], ZOR_SHARED_TAIL)
+                                 : f.ReadTool(g.vector, &g.texts[0], &g.texts[1], &g.texts[2], ZOR_SHARED_TAIL);
+            if (!ok) return py::none();
+            py::dict r = g.record(part ? "part" : "tool");
+            r["dimensions"] = py::dict();
+            return r;
+        }
+        case ZOR_RECORD_ENGINE: {
+            CString name, key;
+            unsigned int kind = 0, p4 = 0, flag = 0, p10 = 0, p13 = 0, p14 = 0, p17 = 0, p18 = 0, p21 = 0, p22 = 0,
+                         p23 = 0, index = 0;
+            double axis[3] = {0, 0, 0}, p20[4] = {0, 0, 0, 0};
+            double p6to9[4] = {0, 0, 0, 0};  // adjacent: a unit conversion scales all four
+            double p11 = 0, p12 = 0, p15 = 0, p16 = 0, p19 = 0;
+            if (!f.ReadEngin(&name, &kind, axis, &p4, &flag, &p6to9[0], &p6to9[1], &p6to9[2], &p6to9[3], &p10, &p11,
+                             &p12, &p13, &p14, &p15, &p16, &p17, &p18, &p19, p20, &p21, &p22, &p23, &key, &index))
+                return py::none();
+            py::dict r;
+            r["kind"] = "engine";
+            r["name"] = text(name.GetString());
+            r["element"] = kind == 1 ? "axis" : kind == 2 ? "spindle" : std::to_string(kind);
+            r["axis"] = py::make_tuple(axis[0], axis[1], axis[2]);
+            r["direction_flag"] = flag;
+            r["values"] = py::make_tuple(p6to9[0], p6to9[1], p6to9[2], p6to9[3]);
+            if (kind == 2) r["spindle_vector"] = py::make_tuple(p20[0], p20[1], p20[2]);
+            r["spindle_key"] = text(key.GetString());
+            r["attachment_index"] = index;
+            return r;
+        }
+        default:
+            break;
+    }
+#undef ZOR_SHARED_TAIL
+#undef ZOR_SIX_TEXTS
+    return py::none();
+}
+
+// A file reference changes the working directory to the file's folder; the
+// interpreter's stays where it was.
+class KeepWorkingDirectory {
+public:
+    KeepWorkingDirectory() : m_fd(::open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {}
+    ~KeepWorkingDirectory() {
+        if (m_fd >= 0) {
+            if (::fchdir(m_fd) != 0) PyErr_WarnEx(PyExc_RuntimeWarning, "working directory not restored", 1);
+            ::close(m_fd);
+        }
+    }
+    KeepWorkingDirectory(const KeepWorkingDirectory&) = delete;
+    KeepWorkingDirectory& operator=(const KeepWorkingDirectory&) = delete;
+
+private:
+    int m_fd;
+};
+
+py::object read_objects(const py::object& pathArg, const std::string& units, bool matrixAsRead) {
+    std::string path = fs_path(pathArg);
+    const auto unit = static_cast<unsigned int>(unit_code(units, "units"));
+    require_readable(path);
+    KeepWorkingDirectory keep;
+    std::string absolute = path;
+    if (absolute[0] != '/') {
+        char cwd[4096];
+        if (getcwd(cwd, sizeof cwd) != nullptr) absolute = std::string(cwd) + "/" + path;
+    }
+    SceneFile file(absolute.c_str(), 0, unit, matrixAsRead ? 1 : 0);
+    if (file.m_stream == nullptr) raise_errno(EIO, path);
+    py::list records;
+    unsigned int type = 0;
+    long lastStart = std::ftell(file.m_stream);
+    while (file.ReadType(&type)) {
+        if (type == ZOR_RECORD_CONTAINER) {
+            py::dict r;
+            r["kind"] = "container";
+            records.append(r);
+        } else if (!known_record(type)) {
+            file.ReadDummy();
+            py::dict r;
+            r["kind"] = "skipped";
+            r["code"] = type;
+            records.append(r);
+        } else {
+            py::object record = read_record(file, type);
+            if (record.is_none()) raise_value(path, "a record of type " + std::to_string(type) + " could not be read");
+            records.append(record);
+        }
+        lastStart = file.m_stream != nullptr ? std::ftell(file.m_stream) : -1;
+    }
+    if (file.m_version == 0) raise_value(path, "not an object file (no version line)");
+    py::object pairs = py::none();
+    if (lastStart >= 0 && !file.ReadTrailingCollisions(absolute, lastStart, &pairs))
+        raise_value(path, "the collision section could not be read");
+    py::module_ types = py::module_::import("types");
+    return types.attr("SimpleNamespace")(py::arg("version") = file.m_version / 100.0, py::arg("records") = records,
+                                         py::arg("collisions") = pairs);
+}
+
 }  // namespace
 
 PYBIND11_MODULE(zormodelio, m) {
@@ -536,8 +838,8 @@ units, file_units: "mm" or "in". Holds the GIL for the whole call.)");
              "The chain as an N x 3 float64 array: line end points, arcs stepped at the tolerance (at most 100 "
              "degrees a step). Holds the GIL for the whole call.");
 
-    m.def("read_profile", &read_profile, py::arg("path"), py::arg("source") = py::none(),
-          py::arg("units") = py::none(), py::arg("file_units") = py::none(),
+    m.def("read_profile", &read_profile, py::arg("path"), py::arg("source") = py::none(), py::arg("units") = py::none(),
+          py::arg("file_units") = py::none(),
           R"(Read a native (KOLP EXTRUDE / KOLP SWEEP FILE) or foreign profile.
 
 source: None to detect, or "native", "vericut", "vericut-sor",
@@ -572,6 +874,19 @@ elements, "OptiPath" at the end. Holds the GIL for the whole call.)");
           R"(The tools of a tool library: one dict per TOOL element,
 {"name", "attributes": {name: value}, "children": [...], "value" when it has
 text}, children nested alike. Holds the GIL for the whole call.)");
+
+    m.def("read_objects", &read_objects, py::arg("path"), py::arg("units") = "mm", py::arg("matrix_as_read") = true,
+          R"(Read every record of an object file, then its collision section.
+
+Returns a namespace with version (e.g. 1.15), records and collisions. Each
+record is a dict with "kind" (cube, cylinder, cone, sphere, torus, file,
+extrusion, revolution, mesh, part, tool, engine, container, skipped), and for
+objects "name", "dimensions" (by name), "matrix" (4 x 4), "vector", "colour"
+and "attachment" (name, key, index); meshes add "vertices" (N x 3) and
+"corners" (3 per triangle, x 3), profile records "segments" as in Profile.
+collisions: list of (first, second, code, value), or None without a section.
+units: "mm" or "in"; matrix_as_read=False converts the matrices. Holds the GIL
+for the whole call.)");
 
     m.def("descramble", &descramble, py::arg("path"),
           R"(The plain text of an object file (scrambled or plain), one line per

@@ -169,7 +169,40 @@ def test_descramble_gives_the_plain_file():
     assert zm.descramble(plain).splitlines() == lines
 
 
+OBJECT_FILES = sorted((EXAMPLES / "objects").glob("*.obj"))
+
+
+@pytest.mark.parametrize("units, as_read", [("mm", True), ("in", False)])
+@pytest.mark.parametrize("path", OBJECT_FILES, ids=lambda p: p.name)
+def test_objects_match_the_tool(path, units, as_read):
+    flags = ["--units", units] + (["--matrix-as-read"] if as_read else [])
+    expected = zormodel_json("objects", str(path), *flags)
+    here = os.getcwd()
+    scene = zm.read_objects(path, units=units, matrix_as_read=as_read)
+    assert os.getcwd() == here  # a file reference moves the library's working directory, not ours
+    assert round(scene.version * 100) == expected["version"]
+    assert [r["kind"] for r in scene.records] == [r["kind"] for r in expected["records"]]
+    for ours, theirs in zip(scene.records, expected["records"]):
+        assert ours.get("name") == theirs.get("name")
+        if "matrix" in ours:
+            np.testing.assert_allclose(ours["matrix"], theirs["matrix"], rtol=1e-15)
+            assert list(ours["vector"]) == theirs["vector"]
+        if ours["kind"] in ("cube", "cylinder", "cone", "sphere", "torus"):
+            assert list(ours["dimensions"].values()) == theirs["dimensions"]
+        if ours["kind"] == "mesh":
+            assert ours["vertices"].shape == (theirs["vertices"], 3)
+            assert ours["corners"].shape == (3 * theirs["triangles"], 3)
+            np.testing.assert_allclose(ours["vertices"].min(axis=0), theirs["min"], rtol=1e-15)
+        if ours["kind"] in ("extrusion", "revolution"):
+            assert [(s[0], list(s[1])) for s in ours["segments"]] == [
+                (s["kind"], s["end"]) for s in theirs["segments"] if s["kind"] != "empty"
+            ]
+    pairs = [(p["first"], p["second"], p["code"], p["value"]) for p in expected.get("collisions", [])]
+    assert (scene.collisions or []) == pairs
+
+
 WRONG_KIND = [
+    (zm.read_objects, "stl/cube-ascii.stl", "not an object file"),
     (zm.read_stl, "tools/tool-library.xml", None),  # any text reads as an empty ASCII STL, as StlFile does
     (zm.read_profile, "stl/cube-binary.stl", "not a profile"),
     (lambda p: zm.read_profile(p, source="native"), "foreign/sirius.txt", "not a native profile"),
@@ -201,6 +234,7 @@ def test_truncated_binary_stl_raises_with_the_reader_reason(tmp_path):
 
 READERS = [
     zm.read_stl,
+    zm.read_objects,
     zm.read_profile,
     zm.dxf_contours,
     lambda p: zm.read_dxf(p, "/tmp/out.ext"),
@@ -232,6 +266,7 @@ def resident_bytes():
         (zm.dxf_contours, "dxf/bracket.dxf"),
         (zm.read_tool_library, "tools/tool-library.xml"),
         (zm.descramble, "objects/scrambled-1.13.obj"),
+        (zm.read_objects, "objects/scene-1.15.obj"),
         (lambda p: pytest.raises(ValueError, zm.read_stl, p), "stl/truncated"),
     ],
 )

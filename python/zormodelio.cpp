@@ -139,7 +139,7 @@ py::object read_stl(const py::object& pathArg, const std::string& units, const s
     // One buffer of four per face: the vertex columns and the normal column
     // are two strided views of it, not copies.
     mesh["faces"] = adopt(faces, {f, 3}, {4, 1}, facesOwner);
-    mesh["face_normals"] = adopt(faces == nullptr ? nullptr : faces + 3, {f}, {4}, facesOwner);
+    mesh["face_normals"] = adopt(f == 0 ? nullptr : faces + 3, {f}, {4}, facesOwner);
     mesh["form"] = type == 1 ? "ascii" : "binary";
     return types.attr("SimpleNamespace")(**mesh);
 }
@@ -311,6 +311,10 @@ py::list read_dxf(const py::object& pathArg, const py::object& outArg, bool swee
     const auto unit = static_cast<unsigned int>(unit_code(units, "units"));
     if (out.size() < 4) throw py::value_error("out_path must end in a four-character extension such as \".ext\"");
     require_readable(path);
+    // The reader does not report a file it could not write: check the folder first.
+    const std::string::size_type slash = out.rfind('/');
+    const std::string folder = slash == std::string::npos ? "." : slash == 0 ? "/" : out.substr(0, slash);
+    if (::access(folder.c_str(), W_OK | X_OK) != 0) raise_errno(errno, folder);
     DxfNames result;
     result.names = ReadDxf(path.c_str(), out.c_str(), unit, 0, sweep);
     if (result.names == nullptr) raise_value(path, "not a DXF drawing (no ENTITIES section)");

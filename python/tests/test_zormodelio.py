@@ -125,6 +125,8 @@ def test_dxf_contours_match_the_tool_and_read_dxf_writes_each_layer(path, tmp_pa
 
 
 def test_dxf_sweep_and_single_layer_name(tmp_path):
+    with pytest.raises(FileNotFoundError, match="missing"):
+        zm.read_dxf(EXAMPLES / "dxf/shaft.dxf", tmp_path / "missing" / "shaft.swp")
     written = zm.read_dxf(EXAMPLES / "dxf/shaft.dxf", tmp_path / "shaft.swp", sweep=True)
     assert written == [str(tmp_path / "shaft.swp")]
     assert zm.read_profile(written[0]).kind == "sweep"
@@ -208,7 +210,7 @@ WRONG_KIND = [
     (lambda p: zm.read_profile(p, source="native"), "foreign/sirius.txt", "not a native profile"),
     (lambda p: zm.read_profile(p, source="vericut"), "foreign/sirius.txt", "not a readable vericut profile"),
     (zm.dxf_contours, "stl/cube-ascii.stl", "ENTITIES"),
-    (lambda p: zm.read_dxf(p, "/nonexistent/out.ext"), "stl/cube-ascii.stl", "ENTITIES"),
+    (lambda p: zm.read_dxf(p, "/tmp/out.ext"), "stl/cube-ascii.stl", "ENTITIES"),
     (zm.tool_tokens, "stl/cube-ascii.stl", "well-formed"),
     (zm.read_tool_library, "dxf/bracket.dxf", "well-formed"),
 ]

@@ -98,13 +98,16 @@ std::string load_bytes(const std::string& path) {
 // A numpy array over a buffer from malloc, which it frees with free when the
 // last array using it goes. shape and strides are in elements of T.
 template <class T>
-py::array_t<T> adopt(T* data, std::vector<py::ssize_t> shape, std::vector<py::ssize_t> strides, py::capsule owner) {
+py::array_t<T> adopt(T* data, std::vector<py::ssize_t> shape, std::vector<py::ssize_t> strides,
+                     const py::object& owner) {
     for (auto& s : strides) s *= static_cast<py::ssize_t>(sizeof(T));
     if (data == nullptr) return py::array_t<T>(shape);  // an empty result may come without a buffer
     return py::array_t<T>(std::move(shape), std::move(strides), data, owner);
 }
 
-py::capsule free_on_release(void* data) {
+// None for a null buffer: a capsule cannot hold one, and there is nothing to free.
+py::object free_on_release(void* data) {
+    if (data == nullptr) return py::none();
     return py::capsule(data, [](void* p) { std::free(p); });
 }
 
@@ -128,8 +131,8 @@ py::object read_stl(const py::object& pathArg, const std::string& units, const s
         raise_value(path, "not a readable STL file" + (reason.empty() ? std::string() : " (" + reason + ")"));
     }
     // Capsules first, so every buffer is freed even if making an array throws.
-    py::capsule pointsOwner = free_on_release(points), vectorsOwner = free_on_release(vectors),
-                facesOwner = free_on_release(faces);
+    py::object pointsOwner = free_on_release(points), vectorsOwner = free_on_release(vectors),
+               facesOwner = free_on_release(faces);
     const auto n = static_cast<py::ssize_t>(numPoints), m = static_cast<py::ssize_t>(numVectors),
                f = static_cast<py::ssize_t>(numFaces);
     py::module_ types = py::module_::import("types");
@@ -584,7 +587,8 @@ public:
 
 // A new[] array of four doubles per entry as an N x 3 view (the fourth is 0).
 py::array_t<double> xyz_view(double (*data)[4], unsigned int count) {
-    py::capsule owner(data, [](void* p) { delete[] static_cast<double(*)[4]>(p); });
+    py::object owner = py::none();
+    if (data != nullptr) owner = py::capsule(data, [](void* p) { delete[] static_cast<double(*)[4]>(p); });
     return adopt(data == nullptr ? nullptr : &data[0][0], {static_cast<py::ssize_t>(count), 3}, {4, 1}, owner);
 }
 

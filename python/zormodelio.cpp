@@ -71,6 +71,11 @@ void require_readable(const std::string& path) {
     throw py::value_error(path + ": " + reason);
 }
 
+[[noreturn]] void raise_memory(const std::string& path, const std::string& reason) {
+    PyErr_SetString(PyExc_MemoryError, (path + ": " + reason).c_str());
+    throw py::error_already_set();
+}
+
 int unit_code(const std::string& unit, const char* argument) {
     if (unit == "mm") return 1;
     if (unit == "in") return 2;
@@ -127,7 +132,7 @@ py::object read_stl(const py::object& pathArg, const std::string& units, const s
     if (StlFile(name.data(), &numPoints, &points, &numVectors, &vectors, &numFaces, &faces, wanted, given) != 1) {
         const std::string reason = zor::stl_reader_state().error;
         // A failing allocation inside the index ends with this text.
-        if (reason == "Error adding the facet") throw std::bad_alloc();
+        if (reason == "Error adding the facet") raise_memory(path, "the STL index ran out of memory");
         raise_value(path, "not a readable STL file" + (reason.empty() ? std::string() : " (" + reason + ")"));
     }
     // Capsules first, so every buffer is freed even if making an array throws.
@@ -381,7 +386,8 @@ public:
         std::string name = path;
         int answer = 0;
         API_IsXml(name.data(), &answer);
-        if (answer != 1) throw std::bad_alloc();  // it parsed above: only memory can fail it now
+        // It parsed above: only memory can fail it now.
+        if (answer != 1) raise_memory(path, "out of memory loading the tool library");
         m_path = path;
         // A document whose walk comes back to elements it left never ends; a
         // walk that ends gives a few tokens per node and attribute at most.

@@ -234,6 +234,26 @@ def test_truncated_binary_stl_raises_with_the_reader_reason(tmp_path):
         zm.read_stl(cut)
 
 
+def test_running_out_of_memory_raises_memory_error(tmp_path):
+    # 300,000 facets of random points: the index needs far more than the 40 MiB left to the process.
+    facets = np.zeros(300000, dtype=[("normal", "<f4", 3), ("vertices", "<f4", 9), ("attribute", "<u2")])
+    facets["vertices"] = np.random.default_rng(1).random((len(facets), 9), dtype=np.float32)
+    path = tmp_path / "large.stl"
+    path.write_bytes(bytes(80) + np.uint32(len(facets)).tobytes() + facets.tobytes())
+    code = (
+        "import resource, sys, zormodelio\n"
+        "size = int(open('/proc/self/statm').read().split()[0]) * resource.getpagesize() + (40 << 20)\n"
+        "resource.setrlimit(resource.RLIMIT_AS, (size, size))\n"
+        "try:\n"
+        "    zormodelio.read_stl(sys.argv[1])\n"
+        "except MemoryError as e:\n"
+        "    print('MemoryError:', e)\n"
+    )
+    done = subprocess.run([sys.executable, "-c", code, str(path)], capture_output=True, text=True)
+    assert done.returncode == 0, done.stderr
+    assert done.stdout == "MemoryError: %s: the STL index ran out of memory\n" % path
+
+
 READERS = [
     zm.read_stl,
     zm.read_objects,

@@ -310,3 +310,11 @@ def test_example_script_summarises_the_examples():
     assert done.returncode == 0, done.stderr
     assert "binary STL, 8 vertices, 6 normals, 12 faces" in done.stdout
     assert "layer Holes: 4 entities, 2 contours (2 closed)" in done.stdout
+
+
+def test_stub_declares_every_public_name():
+    import ast
+
+    stub = ast.parse((pathlib.Path(__file__).parents[1] / "zormodelio.pyi").read_text())
+    declared = {node.name for node in stub.body if isinstance(node, (ast.FunctionDef, ast.ClassDef))}
+    assert {name for name in dir(zm) if not name.startswith("_")} <= declared

@@ -205,10 +205,15 @@ SL_List* SL_new_list(int unique, SL_Compare compare, int kind) {
     if (f == nullptr || f->sentinel == nullptr) return nullptr;
     SL_List* list = static_cast<SL_List*>(allocate(sizeof(SL_List)));
     if (list == nullptr) throw std::bad_alloc();
+    try {
+        list->header = new_node(kSearchListMaxLevel);
+    } catch (const std::bad_alloc&) {
+        std::free(list);
+        throw;
+    }
     list->unique = unique;
     list->compare = compare;
     list->level = 0;
-    list->header = new_node(kSearchListMaxLevel);
     for (int i = 0; i <= kSearchListMaxLevel; ++i) sl_forward(list->header, i) = f->sentinel;
     return list;
 }

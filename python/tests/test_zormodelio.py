@@ -78,11 +78,17 @@ def test_stl_faces_are_views_of_the_library_buffer():
 @pytest.mark.parametrize("path", PROFILES, ids=lambda p: p.name)
 def test_profile_polyline_runs_to_the_last_end_point(path):
     profile = zm.read_profile(path)
-    assert profile.kind == ("sweep" if profile.source in ("vericut-sor", "machineworks-rot") or path.suffix == ".swp"
-                            else "extrusion")
-    assert (profile.z is None) == (profile.kind == "sweep")
-    assert profile.segments and all(s[0] in ("line", "clw", "cclw") for s in profile.segments)
-    assert all((s[2] is None) == (s[0] == "line") for s in profile.segments)
+    expected = zormodel_json("profile", str(path))
+    assert (profile.kind, profile.unit, profile.tolerance) == (expected["kind"], expected["unit"], expected["tolerance"])
+    assert profile.z == (tuple(expected["z"]) if "z" in expected else None)
+    assert profile.segments
+    for (kind, end, centre), theirs in zip(profile.segments, expected["segments"], strict=True):
+        assert kind == theirs["kind"]
+        np.testing.assert_allclose(end, theirs["end"], rtol=1e-5)  # the tool prints 6 digits
+        if centre is None:
+            assert "centre" not in theirs
+        else:
+            np.testing.assert_allclose(centre, theirs["centre"], rtol=1e-5)
     line = profile.polyline()
     assert line.ndim == 2 and line.shape[1] == 3 and len(line) >= len(profile.segments)
     np.testing.assert_allclose(line[-1], profile.segments[-1][1], atol=1e-12)

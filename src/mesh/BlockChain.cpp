@@ -14,9 +14,8 @@ std::uint32_t order_key(float v) {
     return (b & 0x80000000u) != 0 ? ~b : b | 0x80000000u;
 }
 
-BlockChain::BlockChain() : m_nodes(1) {}
-
 std::uint32_t BlockChain::at(std::size_t rank) const {
+    if (m_nodes.empty()) return m_small[rank];
     std::uint32_t id = m_root;
     for (;;) {
         const Node& n = m_nodes[id];
@@ -106,6 +105,27 @@ std::uint32_t BlockChain::insert_in(std::uint32_t id, std::size_t rank, std::uin
 }
 
 void BlockChain::insert(std::size_t rank, std::uint32_t ordinal, std::uint32_t first, std::uint32_t second) {
+    if (!m_nodes.empty()) return insert_tree(rank, ordinal, first, second);
+    if (m_small.size() < kSmall) {
+        m_smallKeys.reserve(m_small.size() + 1);  // both grow, or neither
+        m_small.insert(m_small.begin() + static_cast<std::ptrdiff_t>(rank), ordinal);
+        m_smallKeys.insert(m_smallKeys.begin() + static_cast<std::ptrdiff_t>(rank),
+                           static_cast<std::uint64_t>(first) << 32 | second);
+        return;
+    }
+    // Grown out of the array: the same records, in order, into a tree.
+    BlockChain tree;
+    tree.m_nodes.emplace_back();
+    for (std::size_t i = 0; i <= m_small.size(); ++i) {
+        if (i == rank) tree.insert_tree(i, ordinal, first, second);
+        if (i < m_small.size())
+            tree.insert_tree(tree.size(), m_small[i], static_cast<std::uint32_t>(m_smallKeys[i] >> 32),
+                             static_cast<std::uint32_t>(m_smallKeys[i]));
+    }
+    *this = std::move(tree);
+}
+
+void BlockChain::insert_tree(std::size_t rank, std::uint32_t ordinal, std::uint32_t first, std::uint32_t second) {
     // Room for a split at every level, so that none fails half-way; grown
     // geometrically.
     const std::size_t room = m_nodes.size() + m_height + 1;

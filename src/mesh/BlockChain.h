@@ -2,7 +2,8 @@
 // B+ tree of ordinals whose nodes keep the largest order key of the block's
 // first two axes below them, so that a walk can skip whole runs of records
 // that it would pass, and find where it stops in logarithmic time wherever
-// the list keeps its keys roughly in order.
+// the list keeps its keys roughly in order. Most blocks hold a record or
+// two: up to kSmall records are a plain array, walked in full.
 #pragma once
 
 #include <cstdint>
@@ -19,8 +20,7 @@ class BlockChain {
 public:
     static constexpr std::size_t npos = std::numeric_limits<std::size_t>::max();
 
-    BlockChain();
-    std::size_t size() const { return m_nodes[m_root].size; }
+    std::size_t size() const { return m_nodes.empty() ? m_small.size() : m_nodes[m_root].size; }
     // The ordinal at rank (0 <= rank < size()).
     std::uint32_t at(std::size_t rank) const;
     // Puts ordinal at rank, with the order keys of the block's first two axes.
@@ -31,16 +31,21 @@ public:
     // condition for exact); npos when there is none.
     template <typename May, typename Exact>
     std::size_t find_first(std::size_t from, const May& may, const Exact& exact) const {
-        return find_in(m_root, 0, from, may, exact);
+        if (!m_nodes.empty()) return find_in(m_root, 0, from, may, exact);
+        for (std::size_t i = from; i < m_small.size(); ++i)
+            if (exact(m_small[i])) return i;
+        return npos;
     }
     // Calls f(ordinal) for every record in order.
     template <typename F>
     void for_each(const F& f) const {
-        visit(m_root, f);
+        if (!m_nodes.empty()) return visit(m_root, f);
+        for (std::uint32_t o : m_small) f(o);
     }
 
 private:
     static constexpr std::uint32_t kFan = 16;
+    static constexpr std::size_t kSmall = 32;
     struct Node {
         std::uint32_t size = 0;  // records below
         std::uint32_t count = 0;  // items in use
@@ -50,6 +55,7 @@ private:
         std::uint32_t key[2][kFan];  // leaf: the items' keys
     };
 
+    void insert_tree(std::size_t rank, std::uint32_t ordinal, std::uint32_t first, std::uint32_t second);
     std::uint32_t insert_in(std::uint32_t node, std::size_t rank, std::uint32_t ordinal, std::uint32_t first,
                             std::uint32_t second);
     std::uint32_t split(std::uint32_t node);
@@ -83,7 +89,9 @@ private:
         }
     }
 
-    std::vector<Node> m_nodes;
+    std::vector<std::uint32_t> m_small;       // while the block is small: the ordinals
+    std::vector<std::uint64_t> m_smallKeys;  // and their keys (first << 32 | second)
+    std::vector<Node> m_nodes;               // then the tree
     std::uint32_t m_root = 0;
     std::uint32_t m_height = 1;  // levels of nodes
 };

@@ -78,6 +78,10 @@ INPUTS = [
 # is built, its row says so.
 STL_TOOLS = [
     Tool("ZORModelIo StlFile", "ours", harness("zorbench_ours", "stl"), "vertices"),
+    Tool("zormodelio.read_stl (Python)", "ours",
+         lambda build, path: [PYTHON, os.path.join(HERE, "python_stl.py"), "--module",
+                              os.path.join(build, "python", "package"), path],
+         "vertices", "StlFile into numpy arrays, the library's buffers handed over"),
     Tool("admesh", "peer", harness("zorbench_admesh"), "vertices", "open + exact neighbours + shared vertices"),
     Tool("assimp", "peer", harness("zorbench_assimp", "stl"), "vertices",
          "normals removed + JoinIdenticalVertices"),
@@ -303,6 +307,14 @@ def goals(measured):
         lines.append("- STL %s: %.2f × %s's time (goal ≤ 0.5: %s), peak %.1f MB vs %.1f MB (goal ≤: %s)" % (
             item.name, ratio, best.tool.label, verdict(ratio <= 0.5), ours.median(ours.peak) / 1024,
             best.median(best.peak) / 1024, verdict(memory)))
+    for item, results in measured:
+        if item.kind != "stl-binary":
+            continue
+        cpp, py = results[0], next((r for r in results if r.tool.label.startswith("zormodelio")), None)
+        if cpp.cpu and py and py.cpu:
+            ratio = py.median(py.cpu) / cpp.median(cpp.cpu)
+            lines.append("- Python %s: read_stl takes %.2f × StlFile's time in C++ (goal ≤ 1.10: %s)" % (
+                item.name, ratio, verdict(ratio <= 1.10)))
     item, ours = find("dxf", "ZORModelIo ReadDxf")
     _, assimp = find("dxf", "assimp")
     _, ezdxf = find("dxf", "ezdxf (python)")

@@ -119,8 +119,11 @@ public:
         double h0 = 0;
         cylindrical(start, &r0_, &h0, &previous_);
         cylindrical(end, &r1_, &h1_, nullptr);
-        // Rounding of the coordinates, with a wide margin.
-        slack_ = 1e-12 * (length(centre) + length(end) + std::fmax(r0_, r1_) + std::fabs(h1_));
+        // Rounding of the coordinates, with a wide margin. A point far along
+        // the axis has a radial part of rounding noise only (the stepping
+        // takes it as on the axis): its distance counts too.
+        slack_ = 1e-12 * (length(centre) + length(start) + length(end) + std::fmax(r0_, r1_) + std::fabs(h1_) +
+                          std::fabs(h0));
         measurable_ = r0_ > 0 && r1_ > 0;
         angular_ = std::fmin(r0_, r1_) > 1e6 * slack_;
         const double r = std::fmax(r0_, r1_);

@@ -1,3 +1,4 @@
+#include "Commands.h"
 #include "ObjWriter.h"
 
 #include <cstdio>
@@ -30,7 +31,7 @@ void write_triples(std::FILE* out, const char* tag, const std::vector<double>& v
 }  // namespace
 
 bool write_obj(const std::string& path, const std::vector<ObjMesh>& meshes) {
-    std::FILE* out = std::fopen(path.c_str(), "w");
+    std::FILE* out = open_output(path);
     if (out == nullptr) return false;
     std::fputs("# written by zormodel\n", out);
     // OBJ indices are 1-based and count across the whole file.
@@ -56,8 +57,7 @@ bool write_obj(const std::string& path, const std::vector<ObjMesh>& meshes) {
         }
         base += mesh.positions.size() / 3;
     }
-    const bool ok = std::ferror(out) == 0;
-    return std::fclose(out) == 0 && ok;
+    return close_output(out);
 }
 
 }  // namespace zormodel

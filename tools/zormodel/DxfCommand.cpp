@@ -13,6 +13,7 @@
 
 #include "Commands.h"
 #include "Detect.h"
+#include "Info.h"
 #include "Report.h"
 #include "ZORModelIo.h"
 #include "dxf/DxfParse.h"
@@ -248,6 +249,7 @@ int run_dxf(const std::string& drawingPath, const std::string& outPath, bool swe
         return 1;
     }
     const std::string text = load(drawingPath);
+    warn_dxf_omissions(drawingPath, survey_dxf(text));
     zor::DxfDrawing drawing;
     zor::parse_dxf(text, drawing);
     if (drawing.layers.empty()) {

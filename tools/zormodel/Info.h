@@ -1,0 +1,23 @@
+// zormodel info, and the DXF scan that also warns the dxf command about what
+// the reader leaves out.
+#pragma once
+
+#include <map>
+#include <string>
+
+namespace zormodel {
+
+// What a DXF drawing's ENTITIES section holds, by its group-code pairs.
+struct DxfSurvey {
+    std::map<std::string, long long> entityTypes;  // every entity type met, with its count
+    long long linesWithoutZ = 0;                   // LINEs that never reached group 31
+    long long layerNamesWithBlank = 0;             // the reader cuts these at the blank
+};
+
+DxfSurvey survey_dxf(const std::string& bytes);
+
+// One warning line on standard error per kind of thing left out (counted).
+// Returns the number of lines printed.
+int warn_dxf_omissions(const std::string& path, const DxfSurvey& survey);
+
+}  // namespace zormodel

@@ -105,6 +105,40 @@ elseif(MODE STREQUAL "stl_binary_reason")
     check("${file}: conclusion last" err MATCHES "the binary STL read failed \\(see above\\)\n$")
     check("${file}: exit 1" rc EQUAL 1)
   endforeach()
+elseif(MODE STREQUAL "convert_readback")
+  # Each output read back by our own readers (OBJ and PLY by their counts):
+  # IN, OUT, then the command that reads OUT back and what it must print.
+  set(rows
+      "stl/cube-ascii.stl|cube.stl|stl|points=8  normals=6  faces=12  min=\\(0, 0, 0\\)  max=\\(10, 10, 10\\)"
+      "stl/cube-binary.stl|cube.obj||o cube-binary.stl\nv "
+      "stl/cube-binary.stl|cube.ply||element vertex 8\nproperty double x\nproperty double y\nproperty double z\nelement face 12"
+      "objects/scene-1.15.obj|scene.stl|stl|faces=6  min=\\(0, 0, 0\\)  max=\\(20, 20, 15\\)"
+      "profiles/turned-pin.swp|pin.swp|profile|sweep  .*count=9"
+      "foreign/sirius.txt|sirius.ext|profile|extrusion  .*count=6"
+      "foreign/vericut-sor.xml|sor.svg||<svg"
+      "dxf/shaft.dxf|shaft.swp|profile|sweep  .*count=8")
+  foreach(row IN LISTS rows)
+    string(REPLACE "|" ";" row "${row}")
+    list(GET row 0 input)
+    list(GET row 1 output)
+    list(GET row 2 reader)
+    list(GET row 3 wanted)
+    zormodel(convert ${EXAMPLES}/${input} ${WORK}/${output})
+    check("convert ${input} ${output}" rc EQUAL 0)
+    if(reader STREQUAL "")
+      file(READ ${WORK}/${output} out)
+    else()
+      zormodel(${reader} ${WORK}/${output})
+    endif()
+    check("${output} read back" out MATCHES "${wanted}")
+  endforeach()
+  file(STRINGS ${WORK}/cube.obj v REGEX "^v ")
+  file(STRINGS ${WORK}/cube.obj f REGEX "^f [0-9]+ [0-9]+ [0-9]+$")
+  list(LENGTH v vCount)
+  list(LENGTH f fCount)
+  check("cube.obj: 8 vertices, 12 triangles" vCount EQUAL 8 AND fCount EQUAL 12)
+  zormodel(convert ${EXAMPLES}/profiles/turned-pin.swp ${WORK}/pin.ext)
+  check("a sweep is not written as an extrusion" rc EQUAL 2 AND err MATCHES "converts to .svg or .swp, not .ext")
 else()
   message(FATAL_ERROR "unknown MODE ${MODE}")
 endif()

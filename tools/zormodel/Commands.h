@@ -14,6 +14,7 @@ void add_dxf_command(CLI::App& app);
 void add_contours_command(CLI::App& app);
 void add_stl_command(CLI::App& app);
 void add_info_command(CLI::App& app);
+void add_convert_command(CLI::App& app);
 
 // Exit codes, the same in every subcommand.
 enum ExitCode { kExitOk = 0, kExitRead = 1, kExitUsage = 2, kExitWrite = 3 };

@@ -16,6 +16,9 @@ struct DxfSurvey {
 
 DxfSurvey survey_dxf(const std::string& bytes);
 
+// The bytes of the file at path ("" when it cannot be read).
+std::string read_whole_file(const std::string& path);
+
 // One warning line on standard error per kind of thing left out (counted).
 // Returns the number of lines printed.
 int warn_dxf_omissions(const std::string& path, const DxfSurvey& survey);

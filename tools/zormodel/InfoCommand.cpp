@@ -29,12 +29,16 @@ namespace zormodel {
 
 namespace {
 
-std::string load(const std::string& path) {
+}  // namespace
+
+std::string read_whole_file(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
     std::ostringstream out;
     out << in.rdbuf();
     return out.str();
 }
+
+namespace {
 
 struct Box {
     double lo[3] = {0, 0, 0}, hi[3] = {0, 0, 0};
@@ -140,7 +144,7 @@ void summarise_foreign(const std::string& path, Report& r) {
 }
 
 void summarise_dxf(const std::string& path, Report& r, bool warn) {
-    const std::string bytes = load(path);
+    const std::string bytes = read_whole_file(path);
     const DxfSurvey survey = survey_dxf(bytes);
     Report types("entityTypes");
     for (const auto& [type, count] : survey.entityTypes) types.integer(type, count);

@@ -383,3 +383,23 @@ void add_objects_command(CLI::App& app) {
 }
 
 }  // namespace zormodel
+
+namespace zormodel {
+
+bool read_object_meshes(const std::string& path, std::vector<ObjMesh>& meshes) {
+    CMWZORFile file(absolute_path(path).c_str(), 0, 1, 0);
+    g_objMeshes = &meshes;
+    bool ok = true;
+    unsigned int type = 0;
+    while (ok && file.ReadType(&type)) {
+        Report unused;
+        if (type == ZOR_RECORD_MESH)
+            ok = read_mesh(file, unused);
+        else if (type != ZOR_RECORD_CONTAINER)
+            file.ReadDummy();
+    }
+    g_objMeshes = nullptr;
+    return ok;
+}
+
+}  // namespace zormodel

@@ -68,6 +68,7 @@ int main(int argc, char** argv) {
     app.set_version_flag("--version", "zormodel " ZOR_VERSION);
     app.footer(kExitCodes);
     zormodel::add_info_command(app);
+    zormodel::add_convert_command(app);
     zormodel::add_objects_command(app);
     zormodel::add_descramble_command(app);
     zormodel::add_profile_command(app);

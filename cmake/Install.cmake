@@ -3,6 +3,9 @@
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
+# The public headers use string_view: a host linking the target gets C++17 at least.
+target_compile_features(ZORModelIo PUBLIC cxx_std_17)
+
 install(TARGETS ZORModelIo EXPORT ZORModelIoTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})

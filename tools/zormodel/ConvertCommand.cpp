@@ -138,6 +138,7 @@ void add_convert_command(CLI::App& app) {
             if (ext != "ext" && ext != "swp") refuse(in, d, ext, ".ext or .swp (or `zormodel dxf --svg`)");
             const std::string bytes = read_whole_file(in);
             warn_dxf_omissions(in, survey_dxf(bytes));
+            warn_unwritten_contours(in, bytes);
             zor::DxfDrawing drawing;
             zor::parse_dxf(bytes, drawing);
             CString* names = ReadDxf(in.c_str(), out.c_str(), 1, 0, ext == "swp");

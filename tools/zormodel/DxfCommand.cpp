@@ -250,6 +250,7 @@ int run_dxf(const std::string& drawingPath, const std::string& outPath, bool swe
     }
     const std::string text = load(drawingPath);
     warn_dxf_omissions(drawingPath, survey_dxf(text));
+    warn_unwritten_contours(drawingPath, text);
     zor::DxfDrawing drawing;
     zor::parse_dxf(text, drawing);
     if (drawing.layers.empty()) {

@@ -19,6 +19,10 @@ DxfSurvey survey_dxf(const std::string& bytes);
 // The bytes of the file at path ("" when it cannot be read).
 std::string read_whole_file(const std::string& path);
 
+// Counts the contours of every layer that the reader does not write (it
+// writes the chain through the layer's first entity); warns in one line.
+void warn_unwritten_contours(const std::string& path, const std::string& bytes);
+
 // One warning line on standard error per kind of thing left out (counted).
 // Returns the number of lines printed.
 int warn_dxf_omissions(const std::string& path, const DxfSurvey& survey);

@@ -288,6 +288,26 @@ DxfSurvey survey_dxf(const std::string& bytes) {
     return s;
 }
 
+void warn_unwritten_contours(const std::string& path, const std::string& bytes) {
+    zor::DxfDrawing drawing;
+    if (!zor::parse_dxf(bytes, drawing)) return;
+    long long unwritten = 0, layers = 0;
+    for (const auto& layer : drawing.layers) {
+        zor::LayerContours contours(*layer);
+        long long here = 0;
+        for (const Segment_contour* c = contours.result().first; c != nullptr; c = c->next)
+            here += c->startSegment != contours.first();
+        unwritten += here;
+        layers += here > 0;
+    }
+    if (unwritten == 0) return;
+    finish_progress();
+    std::fprintf(stderr,
+                 "zormodel: warning: %s: %lld contour%s in %lld layer%s not written (only the chain through each "
+                 "layer's first entity is)\n",
+                 path.c_str(), unwritten, unwritten == 1 ? "" : "s", layers, layers == 1 ? "" : "s");
+}
+
 int warn_dxf_omissions(const std::string& path, const DxfSurvey& survey) {
     int lines = 0;
     finish_progress();

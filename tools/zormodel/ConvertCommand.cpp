@@ -102,13 +102,14 @@ void add_convert_command(CLI::App& app) {
     cmd->add_option("IN", in, "Mesh (STL, object file) or profile (native, foreign, DXF)")->required();
     cmd->add_option("OUT", out, "Output file; its extension picks the format")->required();
     cmd->callback([] {
-        const Detection d = require_kind(in,
-                                         {FileKind::StlAscii, FileKind::StlBinary, FileKind::ObjectFile,
-                                          FileKind::Extrusion, FileKind::Sweep, FileKind::ForeignProfile,
-                                          FileKind::Dxf},
-                                         "a mesh or a profile");
+        const Detection d =
+            require_kind(in,
+                         {FileKind::StlAscii, FileKind::StlBinary, FileKind::ObjectFile, FileKind::Extrusion,
+                          FileKind::Sweep, FileKind::ForeignProfile, FileKind::Dxf},
+                         "a mesh or a profile");
         const std::string ext = extension_of(out);
-        const bool mesh = d.kind == FileKind::StlAscii || d.kind == FileKind::StlBinary || d.kind == FileKind::ObjectFile;
+        const bool mesh =
+            d.kind == FileKind::StlAscii || d.kind == FileKind::StlBinary || d.kind == FileKind::ObjectFile;
         if (mesh) {
             if (ext != "obj" && ext != "stl" && ext != "ply") refuse(in, d, ext, ".obj, .stl or .ply");
             std::vector<ObjMesh> meshes;
@@ -126,8 +127,9 @@ void add_convert_command(CLI::App& app) {
                 std::fprintf(stderr, "zormodel: %s: no mesh to convert\n", in.c_str());
                 throw CLI::RuntimeError(kExitRead);
             }
-            const bool ok = ext == "obj" ? write_obj(out, meshes) : ext == "stl" ? write_binary_stl(out, meshes)
-                                                                                  : write_ply(out, meshes);
+            const bool ok = ext == "obj"   ? write_obj(out, meshes)
+                            : ext == "stl" ? write_binary_stl(out, meshes)
+                                           : write_ply(out, meshes);
             if (!ok) fail_unwritable(out);
             std::fprintf(out == "-" ? stderr : stdout, "wrote %s  meshes=%zu  vertices=%zu  triangles=%zu\n",
                          out.c_str(), meshes.size(), vertices, triangles);
@@ -155,7 +157,8 @@ void add_convert_command(CLI::App& app) {
         }
         auto list = read_profile_file(in, d);
         const bool extrusion = dynamic_cast<CMWZORExtrude*>(list.get()) != nullptr;
-        if (ext != "svg" && ext != (extrusion ? "ext" : "swp")) refuse(in, d, ext, extrusion ? ".svg or .ext" : ".svg or .swp");
+        if (ext != "svg" && ext != (extrusion ? "ext" : "swp"))
+            refuse(in, d, ext, extrusion ? ".svg or .ext" : ".svg or .swp");
         bool ok;
         if (ext == "svg") {
             const std::string title = in.substr(in.find_last_of('/') + 1);

@@ -7,9 +7,8 @@
 #include <cstdio>
 #include <cstring>
 #include <fstream>
-#include <vector>
-
 #include <pugixml.hpp>
+#include <vector>
 
 #include "Commands.h"
 #include "objectfile/LineReader.h"
@@ -125,10 +124,14 @@ Detection detect_file(const std::string& path) {
     const std::vector<std::string_view> lines = head_lines(head, 8);
     const std::string first = upper_trimmed(lines[0].substr(0, 99));  // the profile reader's 100-byte line
 
-    if (first.rfind("KOLP EXTRUDE FILE", 0) == 0) d.kind = FileKind::Extrusion;
-    else if (first.rfind("KOLP SWEEP FILE", 0) == 0) d.kind = FileKind::Sweep;
-    else if (first.rfind("VERICUT POLYGON FILE", 0) == 0) d.kind = FileKind::Polygon;
-    else if (looks_like_dxf(head, whole)) d.kind = FileKind::Dxf;
+    if (first.rfind("KOLP EXTRUDE FILE", 0) == 0)
+        d.kind = FileKind::Extrusion;
+    else if (first.rfind("KOLP SWEEP FILE", 0) == 0)
+        d.kind = FileKind::Sweep;
+    else if (first.rfind("VERICUT POLYGON FILE", 0) == 0)
+        d.kind = FileKind::Polygon;
+    else if (looks_like_dxf(head, whole))
+        d.kind = FileKind::Dxf;
     if (d.kind != FileKind::Missing) return d;
 
     // Binary STL: the facet count agrees with the size (trailing bytes after
@@ -166,9 +169,9 @@ Detection detect_file(const std::string& path) {
         pugi::xml_document doc;
         if (doc.load_file(path.c_str(), pugi::parse_default & ~pugi::parse_doctype)) {
             d.source = zor::detect_profile_source(path.c_str());
-            d.kind = !d.source.empty()           ? FileKind::ForeignProfile
-                     : has_tool_element(doc)     ? FileKind::ToolLibrary
-                                                 : FileKind::Xml;
+            d.kind = !d.source.empty()       ? FileKind::ForeignProfile
+                     : has_tool_element(doc) ? FileKind::ToolLibrary
+                                             : FileKind::Xml;
             if (d.kind == FileKind::Xml) d.source = doc.document_element().name();
             return d;
         }
@@ -184,20 +187,34 @@ Detection detect_file(const std::string& path) {
 
 std::string describe(const Detection& d) {
     switch (d.kind) {
-        case FileKind::Missing: return "not a readable file";
-        case FileKind::Empty: return "an empty file";
-        case FileKind::ObjectFile: return "an object file";
-        case FileKind::Extrusion: return "a native extrusion profile";
-        case FileKind::Sweep: return "a native sweep profile";
-        case FileKind::ForeignProfile: return "a " + d.source + " profile";
-        case FileKind::StlAscii: return "an STL file (ASCII)";
-        case FileKind::StlBinary: return "an STL file (binary)";
-        case FileKind::Dxf: return "a DXF drawing";
-        case FileKind::Polygon: return "a Vericut polygon file";
-        case FileKind::ToolLibrary: return "an XML tool library";
-        case FileKind::Xml: return "an XML document (root <" + d.source + ">)";
-        case FileKind::Text: return "a text file of no kind zormodel reads";
-        case FileKind::Binary: return "a binary file of no kind zormodel reads";
+        case FileKind::Missing:
+            return "not a readable file";
+        case FileKind::Empty:
+            return "an empty file";
+        case FileKind::ObjectFile:
+            return "an object file";
+        case FileKind::Extrusion:
+            return "a native extrusion profile";
+        case FileKind::Sweep:
+            return "a native sweep profile";
+        case FileKind::ForeignProfile:
+            return "a " + d.source + " profile";
+        case FileKind::StlAscii:
+            return "an STL file (ASCII)";
+        case FileKind::StlBinary:
+            return "an STL file (binary)";
+        case FileKind::Dxf:
+            return "a DXF drawing";
+        case FileKind::Polygon:
+            return "a Vericut polygon file";
+        case FileKind::ToolLibrary:
+            return "an XML tool library";
+        case FileKind::Xml:
+            return "an XML document (root <" + d.source + ">)";
+        case FileKind::Text:
+            return "a text file of no kind zormodel reads";
+        case FileKind::Binary:
+            return "a binary file of no kind zormodel reads";
     }
     return "";
 }

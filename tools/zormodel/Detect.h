@@ -8,20 +8,20 @@
 namespace zormodel {
 
 enum class FileKind {
-    Missing,          // not a readable regular file
-    Empty,            // no bytes at all
-    ObjectFile,       // version line first, plain or scrambled
-    Extrusion,        // "KOLP EXTRUDE FILE"
-    Sweep,            // "KOLP SWEEP FILE"
-    ForeignProfile,   // Vericut, MachineWorks or Sirius (source in Detection::source)
-    StlAscii,         // "solid" ... "facet"
-    StlBinary,        // 84 + 50 bytes a facet
-    Dxf,              // group-code / value line pairs
-    Polygon,          // "VERICUT POLYGON FILE"
-    ToolLibrary,      // XML with a TOOL element
-    Xml,              // any other XML document
-    Text,             // text of no kind we read
-    Binary,           // bytes of no kind we read
+    Missing,         // not a readable regular file
+    Empty,           // no bytes at all
+    ObjectFile,      // version line first, plain or scrambled
+    Extrusion,       // "KOLP EXTRUDE FILE"
+    Sweep,           // "KOLP SWEEP FILE"
+    ForeignProfile,  // Vericut, MachineWorks or Sirius (source in Detection::source)
+    StlAscii,        // "solid" ... "facet"
+    StlBinary,       // 84 + 50 bytes a facet
+    Dxf,             // group-code / value line pairs
+    Polygon,         // "VERICUT POLYGON FILE"
+    ToolLibrary,     // XML with a TOOL element
+    Xml,             // any other XML document
+    Text,            // text of no kind we read
+    Binary,          // bytes of no kind we read
 };
 
 struct Detection {

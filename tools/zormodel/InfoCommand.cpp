@@ -9,10 +9,9 @@
 #include <fstream>
 #include <map>
 #include <memory>
+#include <pugixml.hpp>
 #include <sstream>
 #include <vector>
-
-#include <pugixml.hpp>
 
 #include "Commands.h"
 #include "Detect.h"
@@ -27,9 +26,7 @@
 
 namespace zormodel {
 
-namespace {
-
-}  // namespace
+namespace {}  // namespace
 
 std::string read_whole_file(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
@@ -52,7 +49,8 @@ struct Box {
     }
     void addTo(Report& r, const std::string& unit, int n) const {
         if (empty) return;
-        r.numbers("min_" + unit, std::vector<double>(lo, lo + n)).numbers("max_" + unit, std::vector<double>(hi, hi + n));
+        r.numbers("min_" + unit, std::vector<double>(lo, lo + n))
+            .numbers("max_" + unit, std::vector<double>(hi, hi + n));
     }
 };
 
@@ -89,10 +87,12 @@ void summarise_object_file(const std::string& path, Report& r) {
         if (type != ZOR_RECORD_CONTAINER) file.ReadDummy();
     }
     static const std::map<unsigned int, const char*> names = {
-        {ZOR_RECORD_CUBE, "cube"},       {ZOR_RECORD_CYLINDER, "cylinder"},     {ZOR_RECORD_CONE, "cone"},
-        {ZOR_RECORD_SPHERE, "sphere"},   {ZOR_RECORD_TORUS, "torus"},           {ZOR_RECORD_FILE, "file"},
-        {ZOR_RECORD_EXTRUSION, "extrusion"}, {ZOR_RECORD_REVOLUTION, "revolution"}, {ZOR_RECORD_MESH, "mesh"},
-        {ZOR_RECORD_PART, "part"},       {ZOR_RECORD_TOOL, "tool"},             {ZOR_RECORD_ENGINE, "engine"},
+        {ZOR_RECORD_CUBE, "cube"},           {ZOR_RECORD_CYLINDER, "cylinder"},
+        {ZOR_RECORD_CONE, "cone"},           {ZOR_RECORD_SPHERE, "sphere"},
+        {ZOR_RECORD_TORUS, "torus"},         {ZOR_RECORD_FILE, "file"},
+        {ZOR_RECORD_EXTRUSION, "extrusion"}, {ZOR_RECORD_REVOLUTION, "revolution"},
+        {ZOR_RECORD_MESH, "mesh"},           {ZOR_RECORD_PART, "part"},
+        {ZOR_RECORD_TOOL, "tool"},           {ZOR_RECORD_ENGINE, "engine"},
         {ZOR_RECORD_CONTAINER, "container"}};
     Report records("records");
     long long total = 0;
@@ -196,16 +196,26 @@ void summarise_polygon(const std::string& path, Report& r) {
 
 const char* kind_key(FileKind k) {
     switch (k) {
-        case FileKind::ObjectFile: return "objectFile";
-        case FileKind::Extrusion: return "extrusion";
-        case FileKind::Sweep: return "sweep";
-        case FileKind::ForeignProfile: return "foreignProfile";
-        case FileKind::StlAscii: return "stlAscii";
-        case FileKind::StlBinary: return "stlBinary";
-        case FileKind::Dxf: return "dxf";
-        case FileKind::Polygon: return "polygon";
-        case FileKind::ToolLibrary: return "toolLibrary";
-        default: return "unknown";
+        case FileKind::ObjectFile:
+            return "objectFile";
+        case FileKind::Extrusion:
+            return "extrusion";
+        case FileKind::Sweep:
+            return "sweep";
+        case FileKind::ForeignProfile:
+            return "foreignProfile";
+        case FileKind::StlAscii:
+            return "stlAscii";
+        case FileKind::StlBinary:
+            return "stlBinary";
+        case FileKind::Dxf:
+            return "dxf";
+        case FileKind::Polygon:
+            return "polygon";
+        case FileKind::ToolLibrary:
+            return "toolLibrary";
+        default:
+            return "unknown";
     }
 }
 
@@ -217,15 +227,32 @@ bool summarise(const std::string& path, Report& r, bool warn) {
     try {
         switch (d.kind) {
             case FileKind::StlAscii:
-            case FileKind::StlBinary: summarise_stl(path, d, r); break;
-            case FileKind::ObjectFile: summarise_object_file(path, r); break;
-            case FileKind::Extrusion: summarise_native(path, true, r); break;
-            case FileKind::Sweep: summarise_native(path, false, r); break;
-            case FileKind::ForeignProfile: summarise_foreign(path, r); break;
-            case FileKind::Dxf: summarise_dxf(path, r, warn); break;
-            case FileKind::ToolLibrary: summarise_tools(path, r); break;
-            case FileKind::Polygon: summarise_polygon(path, r); break;
-            default: throw Failure{d.kind == FileKind::Missing ? "not a readable file" : "no kind zormodel reads"};
+            case FileKind::StlBinary:
+                summarise_stl(path, d, r);
+                break;
+            case FileKind::ObjectFile:
+                summarise_object_file(path, r);
+                break;
+            case FileKind::Extrusion:
+                summarise_native(path, true, r);
+                break;
+            case FileKind::Sweep:
+                summarise_native(path, false, r);
+                break;
+            case FileKind::ForeignProfile:
+                summarise_foreign(path, r);
+                break;
+            case FileKind::Dxf:
+                summarise_dxf(path, r, warn);
+                break;
+            case FileKind::ToolLibrary:
+                summarise_tools(path, r);
+                break;
+            case FileKind::Polygon:
+                summarise_polygon(path, r);
+                break;
+            default:
+                throw Failure{d.kind == FileKind::Missing ? "not a readable file" : "no kind zormodel reads"};
         }
     } catch (const Failure& f) {
         r.text("status", "failed").text("error", f.why);

@@ -54,8 +54,11 @@ bool looks_like_dxf(std::string_view head, bool wholeFile) {
     if (lines.size() < 2) return false;
     const std::string first(zor::trim_white_space(lines[0]));
     if (first != "0" && first != "999") return false;
-    for (std::size_t i = 0; i < lines.size(); i += 2)
+    for (std::size_t i = 0; i < lines.size(); i += 2) {
         if (!is_integer(lines[i])) return false;
+        // Whatever follows the end of the drawing is not looked at.
+        if (i + 1 < lines.size() && zor::trim_white_space(lines[i + 1]) == "EOF") break;
+    }
     return true;
 }
 
@@ -149,9 +152,11 @@ Detection detect_file(const std::string& path) {
             }
         }
     }
-    if (first.rfind("SOLID", 0) == 0) {
-        std::string lower = head;
-        std::transform(lower.begin(), lower.end(), lower.begin(), [](unsigned char c) { return std::tolower(c); });
+    // The reader skips lines before "solid": look for it at any line start.
+    std::string lower = head;
+    std::transform(lower.begin(), lower.end(), lower.begin(), [](unsigned char c) { return std::tolower(c); });
+    const bool solid = first.rfind("SOLID", 0) == 0 || lower.find("\nsolid") != std::string::npos;
+    if (solid && std::memchr(head.data(), '\0', head.size()) == nullptr) {
         if (lower.find("facet") != std::string::npos || lower.find("endsolid") != std::string::npos) {
             d.kind = d.binaryReason.empty() ? FileKind::StlAscii : FileKind::StlBinary;
             d.stlTextReadAsBinary = !d.binaryReason.empty();

@@ -59,10 +59,10 @@ void add_stl_command(CLI::App& app) {
     cmd->add_option("--obj", objPath, "Write the mesh as Wavefront OBJ to this file");
     cmd->add_flag("--json", json, "Print the result as JSON");
     cmd->callback([] {
-        // Bytes of no known kind go to the binary reader all the same: a binary
-        // STL cut short or with a wrong count is still worth its messages.
-        const Detection detected =
-            require_kind(path, {FileKind::StlAscii, FileKind::StlBinary, FileKind::Binary}, "an STL file");
+        // Bytes of no known kind go to the reader all the same: a binary STL
+        // cut short, or text the reader may still take, is worth its messages.
+        const Detection detected = require_kind(
+            path, {FileKind::StlAscii, FileKind::StlBinary, FileKind::Binary, FileKind::Text}, "an STL file");
         const int type = zor::stl_file_type_of(path.c_str());
         StlMesh m;
         std::string name = path;

@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "Commands.h"
+#include "Detect.h"
 #include "objectfile/LineReader.h"
 #include "objectfile/ObjectFileState.h"
 #include "platform/crtpath.h"
@@ -14,12 +15,13 @@ void add_descramble_command(CLI::App& app) {
     static std::string path;
     cmd->add_option("FILE", path, "Object file")->required();
     cmd->callback([] {
-        if (!readable_file(path)) throw CLI::RuntimeError(fail_unreadable(path));
+        require_kind(path, {FileKind::ObjectFile}, "an object file");
         std::FILE* stream = zor::open_file(path.c_str(), "r");
         zor::object_file_state().firstLinePending = true;
         zor::object_file_state().fileIsPlain = false;
         CString line;
         while (zor::read_object_line(stream, line)) std::printf("%s\n", line.GetString());
+        if (std::fflush(stdout) != 0) fail_unwritable("-");
     });
 }
 

@@ -1,6 +1,7 @@
 // zormodel dxf DRAWING OUT.ext: writes a DXF drawing's layers as profile files
 // with ReadDxf and lists them; --svg draws what was written over the drawing.
 // zormodel contours DRAWING: the contours of every layer.
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -11,6 +12,8 @@
 #include <vector>
 
 #include "Commands.h"
+#include "Detect.h"
+#include "Info.h"
 #include "Report.h"
 #include "ZORModelIo.h"
 #include "dxf/DxfParse.h"
@@ -206,7 +209,7 @@ bool write_svg(const std::string& svgPath, const Path& grey, const std::vector<s
     const double size = std::fmax(std::fmax(maxX - minX, maxY - minY), 1e-9);
     const double margin = 0.05 * size, stroke = 0.004 * size, font = 0.035 * size;
     const double legend = font * 1.4 * static_cast<double>(chains.size()) + margin;
-    std::FILE* out = std::fopen(svgPath.c_str(), "w");
+    std::FILE* out = open_output(svgPath);
     if (out == nullptr) return false;
     const double x0 = minX - margin, y0 = -maxY - margin - legend;
     const double w = maxX - minX + 2 * margin, h = maxY - minY + 2 * margin + legend;
@@ -227,8 +230,7 @@ bool write_svg(const std::string& svgPath, const Path& grey, const std::vector<s
             x0 + margin, y0 + margin + font * 1.4 * static_cast<double>(i + 1), font, colours[i % 10],
             xml_text(chains[i].first).c_str());
     std::fprintf(out, "</svg>\n");
-    std::fclose(out);
-    return true;
+    return close_output(out);
 }
 
 // --- commands ----------------------------------------------------------
@@ -240,13 +242,15 @@ struct Names {
 
 int run_dxf(const std::string& drawingPath, const std::string& outPath, bool sweep, const std::string& units,
             const std::string& svgPath) {
-    if (!readable_file(drawingPath)) return fail_unreadable(drawingPath);
+    require_kind(drawingPath, {FileKind::Dxf}, "a DXF drawing");
     Names names{ReadDxf(drawingPath.c_str(), outPath.c_str(), static_cast<unsigned>(unit_code(units)), 0, sweep)};
     if (names.p == nullptr) {
         std::fprintf(stderr, "zormodel: %s: no ENTITIES section\n", drawingPath.c_str());
         return 1;
     }
     const std::string text = load(drawingPath);
+    warn_dxf_omissions(drawingPath, survey_dxf(text));
+    warn_unwritten_contours(drawingPath, text);
     zor::DxfDrawing drawing;
     zor::parse_dxf(text, drawing);
     if (drawing.layers.empty()) {
@@ -255,6 +259,7 @@ int run_dxf(const std::string& drawingPath, const std::string& outPath, bool swe
         return 1;
     }
     std::vector<std::pair<std::string, Path>> chains;
+    std::FILE* listing = svgPath == "-" ? stderr : stdout;  // the picture may take standard output
     for (size_t i = 0; i < drawing.layers.size(); ++i) {
         const std::string layer = drawing.layers[i]->m_name.GetString();
         std::unique_ptr<CMWZORSegmentArray> profile;
@@ -269,25 +274,24 @@ int run_dxf(const std::string& drawingPath, const std::string& outPath, bool swe
             profile = std::move(p);
         }
         if (!ok) {
-            std::fprintf(stderr, "zormodel: %s: could not be written\n", names.p[i].GetString());
-            return 1;
+            errno = 0;
+            fail_unwritable(names.p[i].GetString());
         }
-        std::printf("wrote %s  layer=%s  segments=%lld\n", names.p[i].GetString(), json_quote(layer).c_str(),
+        std::fprintf(listing, "wrote %s  layer=%s  segments=%lld\n", names.p[i].GetString(), json_quote(layer).c_str(),
                     profile->m_segments.GetSize());
         chains.emplace_back(layer, profile_path(*profile));
     }
     if (!svgPath.empty()) {
         if (!write_svg(svgPath, drawing_geometry(text), chains)) {
-            std::fprintf(stderr, "zormodel: %s: cannot be written\n", svgPath.c_str());
-            return 1;
+            fail_unwritable(svgPath);
         }
-        std::printf("wrote %s\n", svgPath.c_str());
+        if (svgPath != "-") std::printf("wrote %s\n", svgPath.c_str());
     }
     return 0;
 }
 
 int run_contours(const std::string& drawingPath, bool entities, bool json) {
-    if (!readable_file(drawingPath)) return fail_unreadable(drawingPath);
+    require_kind(drawingPath, {FileKind::Dxf}, "a DXF drawing");
     zor::DxfDrawing drawing;
     if (!zor::parse_dxf(load(drawingPath), drawing)) {
         std::fprintf(stderr, "zormodel: %s: no ENTITIES section\n", drawingPath.c_str());

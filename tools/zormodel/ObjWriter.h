@@ -23,3 +23,16 @@ ObjMesh obj_mesh_from_corners(const std::string& name, const double (*corners)[4
 bool write_obj(const std::string& path, const std::vector<ObjMesh>& meshes);
 
 }  // namespace zormodel
+
+namespace zormodel {
+
+// Every mesh record of an object file, in millimetres; false when a mesh
+// record cannot be read.
+bool read_object_meshes(const std::string& path, std::vector<ObjMesh>& meshes);
+
+// The meshes as one binary STL file (facet normals from the corners), or as
+// one ASCII PLY file; false when the file cannot be written.
+bool write_binary_stl(const std::string& path, const std::vector<ObjMesh>& meshes);
+bool write_ply(const std::string& path, const std::vector<ObjMesh>& meshes);
+
+}  // namespace zormodel

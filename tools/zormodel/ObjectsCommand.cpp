@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "Commands.h"
+#include "Detect.h"
 #include "ProfileSvg.h"
 #include "ObjWriter.h"
 #include "Report.h"
@@ -315,10 +316,11 @@ void add_objects_command(CLI::App& app) {
     cmd->add_flag("--json", json, "Print the records as a JSON array");
     cmd->add_option("--obj", objPath, "Also write the meshes of the file as Wavefront OBJ (in their own coordinates)");
     cmd->callback([] {
-        if (!readable_file(path)) throw CLI::RuntimeError(fail_unreadable(path));
+        require_kind(path, {FileKind::ObjectFile}, "an object file");
         // A file reference changes the working directory to the file's
         // folder: open and write through absolute paths.
-        const std::string absolute = absolute_path(path), objAbsolute = objPath.empty() ? "" : absolute_path(objPath);
+        const std::string absolute = absolute_path(path);
+        const std::string objAbsolute = objPath.empty() || objPath == "-" ? objPath : absolute_path(objPath);
         SceneFile file(absolute.c_str(), 0, static_cast<unsigned int>(unit_code(units)), matrixAsRead ? 1 : 0);
         std::vector<ObjMesh> meshes;
         g_objMeshes = objPath.empty() ? nullptr : &meshes;
@@ -359,25 +361,45 @@ void add_objects_command(CLI::App& app) {
             }
         }
 
+        // With the meshes on standard output the listing goes to standard error.
+        std::FILE* out = objPath == "-" ? stderr : stdout;
+        finish_progress();
         if (json) {
             Report document("objectFile");
             document.text("file", path).integer("version", file.m_version).list("records", std::move(records));
             if (hasCollisions) document.list("collisions", std::move(pairs));
-            document.printJson(stdout);
-            std::fputs("\n", stdout);
+            document.printJson(out);
+            std::fputs("\n", out);
         } else {
-            std::printf("object file %s, version %u.%02u\n", path.c_str(), file.m_version / 100,
-                        file.m_version % 100);
-            for (const Report& record : records) record.printText(stdout, 2);
+            std::fprintf(out, "object file %s, version %u.%02u\n", path.c_str(), file.m_version / 100,
+                         file.m_version % 100);
+            for (const Report& record : records) record.printText(out, 2);
             if (hasCollisions)
-                Report("collisions").integer("count", pairCount).list("pairs", std::move(pairs)).printText(stdout, 2);
+                Report("collisions").integer("count", pairCount).list("pairs", std::move(pairs)).printText(out, 2);
         }
-        if (!objPath.empty() && !write_obj(objAbsolute, meshes)) {
-            std::fprintf(stderr, "zormodel: %s: %s\n", objPath.c_str(), std::strerror(errno));
-            failed = true;
-        }
-        if (failed) throw CLI::RuntimeError(1);
+        if (!objPath.empty() && !write_obj(objAbsolute, meshes)) fail_unwritable(objPath);
+        if (failed) throw CLI::RuntimeError(kExitRead);
     });
+}
+
+}  // namespace zormodel
+
+namespace zormodel {
+
+bool read_object_meshes(const std::string& path, std::vector<ObjMesh>& meshes) {
+    CMWZORFile file(absolute_path(path).c_str(), 0, 1, 0);
+    g_objMeshes = &meshes;
+    bool ok = true;
+    unsigned int type = 0;
+    while (ok && file.ReadType(&type)) {
+        Report unused;
+        if (type == ZOR_RECORD_MESH)
+            ok = read_mesh(file, unused);
+        else if (type != ZOR_RECORD_CONTAINER)
+            file.ReadDummy();
+    }
+    g_objMeshes = nullptr;
+    return ok;
 }
 
 }  // namespace zormodel

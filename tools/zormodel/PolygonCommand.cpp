@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "Commands.h"
+#include "Detect.h"
 #include "Report.h"
 #include "mesh/VericutReaders.h"
 #include "platform/crtpath.h"
@@ -16,7 +17,7 @@ void add_polygon_command(CLI::App& app) {
     cmd->add_option("FILE", path, "Vericut polygon file")->required();
     cmd->add_flag("--json", json, "Print the result as JSON");
     cmd->callback([] {
-        if (!readable_file(path)) throw CLI::RuntimeError(fail_unreadable(path));
+        require_kind(path, {FileKind::Polygon}, "a Vericut polygon file");
         std::FILE* stream = zor::open_file(path.c_str(), "r");
         if (stream == nullptr) throw CLI::RuntimeError(fail_unreadable(path));
         long long triangles = 0;

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Commands.h"
+#include "Detect.h"
 #include "ForeignProfiles.h"
 #include "ProfileSvg.h"
 #include "Report.h"
@@ -79,7 +80,10 @@ void add_profile_command(CLI::App& app) {
     cmd->add_option("--svg", svg, "Draw the profile into this SVG file");
     cmd->add_flag("--json", json, "Print the profile as JSON");
     cmd->callback([] {
-        if (!readable_file(path)) throw CLI::RuntimeError(fail_unreadable(path));
+        if (from.empty())
+            require_kind(path, {FileKind::Extrusion, FileKind::Sweep, FileKind::ForeignProfile}, "a profile");
+        else if (!readable_file(path))
+            throw CLI::RuntimeError(fail_unreadable(path));
         std::vector<std::string> head = head_lines(path);
         const bool native = from.empty() && !head.empty() && head[0].rfind("KOLP", 0) == 0;
         std::unique_ptr<CMWZORSegmentArray> list;
@@ -92,7 +96,7 @@ void add_profile_command(CLI::App& app) {
                                         &error);
             if (list == nullptr && !from.empty()) {
                 std::fprintf(stderr, "zormodel: %s: %s\n", path.c_str(), error.c_str());
-                throw CLI::RuntimeError(1);
+                throw CLI::RuntimeError(kExitRead);
             }
         }
         const bool extrusion = list != nullptr ? list->IsKindOf(RUNTIME_CLASS(CMWZORExtrude)) : looks_like_extrusion(path);
@@ -123,18 +127,17 @@ void add_profile_command(CLI::App& app) {
             const std::string title = path.substr(path.find_last_of('/') + 1) + "  (" +
                                       (extrusion ? "extrusion" : "sweep") + ", " + unit_name(list->GetUnit()) +
                                       ", tolerance " + format_double(list->m_tolerance) + ")";
-            if (!write_profile_svg(*list, svg, title)) {
-                std::fprintf(stderr, "zormodel: %s: cannot be written\n", svg.c_str());
-                throw CLI::RuntimeError(2);
-            }
+            if (!write_profile_svg(*list, svg, title)) fail_unwritable(svg);
         }
         report.list("segments", std::move(segments));
+        // With the picture on standard output the listing goes to standard error.
+        std::FILE* out = svg == "-" ? stderr : stdout;
         if (json) {
-            report.printJson(stdout);
-            std::fputs("\n", stdout);
+            report.printJson(out);
+            std::fputs("\n", out);
         } else {
-            report.printText(stdout);
-            if (!svg.empty()) std::printf("wrote %s\n", svg.c_str());
+            report.printText(out);
+            if (!svg.empty() && svg != "-") std::fprintf(out, "wrote %s\n", svg.c_str());
         }
     });
 }

@@ -1,3 +1,4 @@
+#include "Commands.h"
 #include "ProfileSvg.h"
 
 #include <algorithm>
@@ -110,7 +111,7 @@ bool write_profile_svg(CMWZORSegmentArray& list, const std::string& path, const 
     const auto px = [&](double x) { return num(offsetX + (x - minX) * scale); };
     const auto py = [&](double y) { return num(titleHeight + margin + (maxY - y) * scale); };
 
-    std::FILE* out = std::fopen(path.c_str(), "w");
+    std::FILE* out = open_output(path);
     if (out == nullptr) return false;
     std::fprintf(out, "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"%s\" height=\"%s\">\n",
                  num(std::ceil(width)).c_str(), num(std::ceil(height)).c_str());
@@ -160,8 +161,7 @@ bool write_profile_svg(CMWZORSegmentArray& list, const std::string& path, const 
                      num(titleHeight + margin + (maxY - s.y) * scale + 20).c_str(), num(font * 0.9).c_str());
     }
     std::fputs("</svg>\n", out);
-    const bool ok = std::ferror(out) == 0;
-    return std::fclose(out) == 0 && ok;
+    return close_output(out);
 }
 
 Report segment_report(const CMWZORSegment* segment) {

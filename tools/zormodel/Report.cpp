@@ -3,6 +3,10 @@
 #include <cmath>
 #include <cstring>
 
+#include <nlohmann/json.hpp>
+
+#include "Commands.h"
+
 namespace zormodel {
 
 std::string format_double(double value) {
@@ -40,17 +44,11 @@ std::string json_quote(const std::string& text) {
 
 namespace {
 
-std::string json_number(double value) {
-    // JSON has no NaN or infinity.
-    if (!std::isfinite(value)) return "null";
-    return format_double(value);
-}
-
-std::string join(const std::vector<double>& values, const char* separator, bool json) {
+std::string join(const std::vector<double>& values, const char* separator, bool) {
     std::string out;
     for (std::size_t i = 0; i < values.size(); ++i) {
         if (i > 0) out += separator;
-        out += json ? json_number(values[i]) : format_double(values[i]);
+        out += format_double(values[i]);
     }
     return out;
 }
@@ -92,6 +90,7 @@ Report& Report::list(const std::string& key, std::vector<Report> items) {
 }
 
 void Report::printText(std::FILE* out, int indent) const {
+    finish_progress();
     pad(out, indent);
     std::fputs(m_kind.c_str(), out);
     std::vector<const std::pair<std::string, Value>*> blocks;
@@ -124,54 +123,81 @@ void Report::printText(std::FILE* out, int indent) const {
     }
 }
 
-void Report::printJson(std::FILE* out, int indent) const {
-    std::fputs("{", out);
-    bool first = true;
-    auto key = [&](const std::string& name) {
-        std::fprintf(out, "%s\n", first ? "" : ",");
-        first = false;
-        pad(out, indent + 2);
-        std::fprintf(out, "%s: ", json_quote(name).c_str());
-    };
-    if (!m_kind.empty()) {
-        key("kind");
-        std::fputs(json_quote(m_kind).c_str(), out);
-    }
+nlohmann::ordered_json Report::toJson() const {
+    nlohmann::ordered_json object = nlohmann::ordered_json::object();
+    if (!m_kind.empty()) object["kind"] = utf8_text(m_kind);
     for (const auto& field : m_fields) {
-        key(field.first);
+        nlohmann::ordered_json& value = object[utf8_text(field.first)];
         const Value& v = field.second;
-        if (auto s = std::get_if<std::string>(&v)) std::fputs(json_quote(*s).c_str(), out);
-        if (auto i = std::get_if<long long>(&v)) std::fprintf(out, "%lld", *i);
-        if (auto d = std::get_if<double>(&v)) std::fputs(json_number(*d).c_str(), out);
-        if (auto b = std::get_if<bool>(&v)) std::fputs(*b ? "true" : "false", out);
-        if (auto n = std::get_if<std::vector<double>>(&v)) std::fprintf(out, "[%s]", join(*n, ", ", true).c_str());
+        if (auto s = std::get_if<std::string>(&v)) value = utf8_text(*s);
+        if (auto i = std::get_if<long long>(&v)) value = *i;
+        if (auto d = std::get_if<double>(&v)) value = *d;  // NaN and infinities become null
+        if (auto b = std::get_if<bool>(&v)) value = *b;
+        if (auto n = std::get_if<std::vector<double>>(&v)) value = *n;
         if (auto m = std::get_if<Matrix>(&v)) {
-            std::fputs("[", out);
-            for (int r = 0; r < 4; ++r) {
-                std::vector<double> row(m->values.begin() + 4 * r, m->values.begin() + 4 * r + 4);
-                std::fprintf(out, "%s[%s]", r ? ", " : "", join(row, ", ", true).c_str());
-            }
-            std::fputs("]", out);
+            value = nlohmann::ordered_json::array();
+            for (int r = 0; r < 4; ++r)
+                value.push_back(std::vector<double>(m->values.begin() + 4 * r, m->values.begin() + 4 * r + 4));
         }
-        if (auto items = std::get_if<std::vector<Report>>(&v)) print_json_array(out, *items, indent + 2);
+        if (auto items = std::get_if<std::vector<Report>>(&v)) {
+            value = nlohmann::ordered_json::array();
+            for (const Report& item : *items) value.push_back(item.toJson());
+        }
     }
-    std::fputs("\n", out);
-    pad(out, indent);
-    std::fputs("}", out);
+    return object;
+}
+
+void Report::printJson(std::FILE* out, int indent) const {
+    finish_progress();
+    print_json(out, toJson(), indent);
 }
 
 void print_json_array(std::FILE* out, const std::vector<Report>& items, int indent) {
-    std::fputs("[", out);
-    for (std::size_t i = 0; i < items.size(); ++i) {
-        std::fprintf(out, "%s\n", i ? "," : "");
-        pad(out, indent + 2);
-        items[i].printJson(out, indent + 2);
+    nlohmann::ordered_json array = nlohmann::ordered_json::array();
+    for (const Report& item : items) array.push_back(item.toJson());
+    print_json(out, array, indent);
+}
+
+void print_json(std::FILE* out, const nlohmann::ordered_json& value, int indent) {
+    finish_progress();
+    // ensure_ascii: the output is plain ASCII, every other character a \u escape.
+    std::string text = value.dump(2, ' ', true);
+    if (indent > 0) {
+        const std::string pad = "\n" + std::string(static_cast<std::size_t>(indent), ' ');
+        for (std::size_t at = text.find('\n'); at != std::string::npos; at = text.find('\n', at + pad.size()))
+            text.replace(at, 1, pad);
     }
-    if (!items.empty()) {
-        std::fputs("\n", out);
-        pad(out, indent);
+    std::fputs(text.c_str(), out);
+}
+
+std::string utf8_text(const std::string& bytes) {
+    // Valid UTF-8 sequences are kept; any other byte is read as Latin-1.
+    std::string out;
+    out.reserve(bytes.size());
+    const auto* p = reinterpret_cast<const unsigned char*>(bytes.data());
+    const std::size_t n = bytes.size();
+    for (std::size_t i = 0; i < n;) {
+        const unsigned char c = p[i];
+        std::size_t len = c < 0x80 ? 1 : (c >> 5) == 6 ? 2 : (c >> 4) == 14 ? 3 : (c >> 3) == 30 ? 4 : 0;
+        bool valid = len > 0 && i + len <= n;
+        for (std::size_t k = 1; valid && k < len; ++k) valid = (p[i + k] & 0xC0) == 0x80;
+        if (valid && len > 1) {
+            // Overlong forms, surrogates and values past U+10FFFF are not UTF-8.
+            unsigned int cp = c & (0x7F >> len);
+            for (std::size_t k = 1; k < len; ++k) cp = (cp << 6) | (p[i + k] & 0x3F);
+            static const unsigned int least[] = {0, 0, 0x80, 0x800, 0x10000};
+            valid = cp >= least[len] && cp <= 0x10FFFF && (cp < 0xD800 || cp > 0xDFFF);
+        }
+        if (valid) {
+            out.append(bytes, i, len);
+            i += len;
+        } else {
+            out += static_cast<char>(0xC0 | (c >> 6));
+            out += static_cast<char>(0x80 | (c & 0x3F));
+            ++i;
+        }
     }
-    std::fputs("]", out);
+    return out;
 }
 
 }  // namespace zormodel

@@ -8,6 +8,8 @@
 #include <variant>
 #include <vector>
 
+#include <nlohmann/json.hpp>
+
 namespace zormodel {
 
 class Report {
@@ -29,6 +31,7 @@ public:
     void printText(std::FILE* out, int indent = 0) const;
     // One JSON object; "kind" comes first when set.
     void printJson(std::FILE* out, int indent = 0) const;
+    nlohmann::ordered_json toJson() const;
 
 private:
     struct Matrix {
@@ -42,7 +45,12 @@ private:
 // A list of reports as a JSON array.
 void print_json_array(std::FILE* out, const std::vector<Report>& items, int indent = 0);
 
-// JSON string literal of text (bytes above 127 are passed through).
+// JSON text of value, indented by two spaces a level, ASCII only.
+void print_json(std::FILE* out, const nlohmann::ordered_json& value, int indent = 0);
+// bytes as valid UTF-8: UTF-8 sequences kept, every other byte read as Latin-1.
+std::string utf8_text(const std::string& bytes);
+
+// Quoted text for the plain listings (bytes above 127 are passed through).
 std::string json_quote(const std::string& text);
 // Shortest text that reads back as the same double.
 std::string format_double(double value);

@@ -8,7 +8,11 @@
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
+#include <atomic>
 #include <fstream>
+#include <memory>
+#include <thread>
+#include "Commands.h"
 
 namespace zormodel {
 
@@ -43,9 +47,33 @@ long long read_position(const std::string& realPath) {
     return position;
 }
 
+class ProgressBar {
+public:
+    ProgressBar(std::string path, long long size) : m_thread(&ProgressBar::watch, this, std::move(path), size) {}
+    // Stops and clears the bar.
+    ~ProgressBar() {
+        m_stop = true;
+        m_thread.join();
+        std::fprintf(stderr, "\r%60s\r", "");
+        std::fflush(stderr);
+    }
+    ProgressBar(const ProgressBar&) = delete;
+    ProgressBar& operator=(const ProgressBar&) = delete;
+
+private:
+    void watch(std::string path, long long size);
+
+    std::atomic<bool> m_stop{false};
+    std::thread m_thread;
+};
+
+std::unique_ptr<ProgressBar> g_bar;
+
 }  // namespace
 
-ProgressBar::ProgressBar(const std::string& path) {
+void finish_progress() { g_bar.reset(); }
+
+void start_progress(const std::string& path) {
     struct stat info;
     if (!isatty(STDERR_FILENO) || stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode) ||
         info.st_size < kProgressThreshold)
@@ -54,16 +82,10 @@ ProgressBar::ProgressBar(const std::string& path) {
     if (real == nullptr) return;
     std::string realPath = real;
     std::free(real);
-    m_thread = std::thread(&ProgressBar::watch, this, realPath, static_cast<long long>(info.st_size));
+    g_bar = std::make_unique<ProgressBar>(realPath, static_cast<long long>(info.st_size));
 }
 
-ProgressBar::~ProgressBar() {
-    m_stop = true;
-    if (m_thread.joinable()) {
-        m_thread.join();
-        std::fprintf(stderr, "\r%60s\r", "");
-    }
-}
+namespace {
 
 void ProgressBar::watch(std::string path, long long size) {
     constexpr int kWidth = 40;
@@ -79,6 +101,8 @@ void ProgressBar::watch(std::string path, long long size) {
         std::this_thread::sleep_for(std::chrono::milliseconds(200));
     }
 }
+
+}  // namespace
 
 long long peak_memory_bytes() {
     struct rusage usage;

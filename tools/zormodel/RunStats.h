@@ -4,29 +4,15 @@
 // /proc, so no reader needs to report progress).
 #pragma once
 
-#include <atomic>
 #include <chrono>
 #include <string>
-#include <thread>
 
 namespace zormodel {
 
-class ProgressBar {
-public:
-    // Starts watching path when it is a file over 50 MB and stderr is a
-    // terminal; otherwise does nothing.
-    explicit ProgressBar(const std::string& path);
-    // Stops and clears the bar.
-    ~ProgressBar();
-    ProgressBar(const ProgressBar&) = delete;
-    ProgressBar& operator=(const ProgressBar&) = delete;
-
-private:
-    void watch(std::string path, long long size);
-
-    std::atomic<bool> m_stop{false};
-    std::thread m_thread;
-};
+// Starts watching path when it is a file over 50 MB and stderr is a
+// terminal; otherwise does nothing. finish_progress (Commands.h) stops the
+// bar and clears its line.
+void start_progress(const std::string& path);
 
 // Peak resident memory of the process in bytes.
 long long peak_memory_bytes();

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "Commands.h"
+#include "Detect.h"
 #include "Report.h"
 #include "ZORModelIo.h"
 #include "mesh/StlReader.h"
@@ -30,7 +31,7 @@ struct StlMesh {
 // OBJ of the mesh: "v" per vertex, "vn" per normal, "f a//n b//n c//n" per
 // face (1-based). Returns false when the file cannot be written.
 bool write_obj(const std::string& path, const StlMesh& m) {
-    std::FILE* out = std::fopen(path.c_str(), "w");
+    std::FILE* out = open_output(path);
     if (out == nullptr) return false;
     std::fprintf(out, "# %u vertices, %u normals, %u faces\n", m.numPoints, m.numVectors, m.numFaces);
     for (unsigned int i = 0; i < m.numPoints; ++i)
@@ -43,7 +44,7 @@ bool write_obj(const std::string& path, const StlMesh& m) {
         const unsigned int* f = m.faces + 4 * i;
         std::fprintf(out, "f %u//%u %u//%u %u//%u\n", f[0] + 1, f[3] + 1, f[1] + 1, f[3] + 1, f[2] + 1, f[3] + 1);
     }
-    return std::fclose(out) == 0;
+    return close_output(out);
 }
 
 }  // namespace
@@ -58,15 +59,22 @@ void add_stl_command(CLI::App& app) {
     cmd->add_option("--obj", objPath, "Write the mesh as Wavefront OBJ to this file");
     cmd->add_flag("--json", json, "Print the result as JSON");
     cmd->callback([] {
-        if (!readable_file(path)) throw CLI::RuntimeError(fail_unreadable(path));
+        // Bytes of no known kind go to the reader all the same: a binary STL
+        // cut short, or text the reader may still take, is worth its messages.
+        const Detection detected = require_kind(
+            path, {FileKind::StlAscii, FileKind::StlBinary, FileKind::Binary, FileKind::Text}, "an STL file");
         const int type = zor::stl_file_type_of(path.c_str());
         StlMesh m;
         std::string name = path;
         const int ok = StlFile(name.data(), &m.numPoints, &m.points, &m.numVectors, &m.vectors, &m.numFaces, &m.faces,
                                unit_code(units), unit_code(fileUnits));
+        if (detected.stlTextReadAsBinary)
+            std::fprintf(stderr, "zormodel: warning: %s: starts as ASCII STL but is read as binary (%s)\n",
+                         path.c_str(), detected.binaryReason.c_str());
         if (ok != 1) {
-            std::fprintf(stderr, "zormodel: %s: not a readable STL file\n", path.c_str());
-            throw CLI::RuntimeError(1);
+            std::fprintf(stderr, "zormodel: %s: the %s STL read failed (see above)\n", path.c_str(),
+                         type == 1 ? "ASCII" : "binary");
+            throw CLI::RuntimeError(kExitRead);
         }
         double lo[3] = {0, 0, 0}, hi[3] = {0, 0, 0};
         for (unsigned int i = 0; i < m.numPoints; ++i)
@@ -79,16 +87,15 @@ void add_stl_command(CLI::App& app) {
         r.text("file", path).text("form", type == 1 ? "ascii" : "binary");
         r.integer("points", m.numPoints).integer("normals", m.numVectors).integer("faces", m.numFaces);
         r.numbers("min", {lo[0], lo[1], lo[2]}).numbers("max", {hi[0], hi[1], hi[2]});
+        // With the mesh on standard output the summary goes to standard error.
+        std::FILE* out = objPath == "-" ? stderr : stdout;
         if (json) {
-            r.printJson(stdout);
-            std::fputs("\n", stdout);
+            r.printJson(out);
+            std::fputs("\n", out);
         } else {
-            r.printText(stdout);
+            r.printText(out);
         }
-        if (!objPath.empty() && !write_obj(objPath, m)) {
-            std::fprintf(stderr, "zormodel: %s: cannot be written\n", objPath.c_str());
-            throw CLI::RuntimeError(2);
-        }
+        if (!objPath.empty() && !write_obj(objPath, m)) fail_unwritable(objPath);
     });
 }
 

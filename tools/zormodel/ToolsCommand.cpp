@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "Commands.h"
+#include "Detect.h"
 #include "Report.h"
 #include "ZORModelIo.h"
 #include "xml/ToolList.h"
@@ -238,7 +239,7 @@ void add_tools_command(CLI::App& app) {
     cmd->add_option("FILE", path, "Tool-library XML file")->required();
     cmd->add_flag("--json", json, "Print the tools as a JSON array of objects");
     cmd->callback([] {
-        if (!readable_file(path)) throw CLI::RuntimeError(fail_unreadable(path));
+        require_kind(path, {FileKind::ToolLibrary, FileKind::Xml}, "a tool library");
         const int status = run_tools(path, json);
         if (status != 0) throw CLI::RuntimeError(status);
     });

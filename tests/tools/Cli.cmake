@@ -40,7 +40,7 @@ if(MODE STREQUAL "run")
 elseif(MODE STREQUAL "info_folder")
   # The examples with one file of no kind among them: every file reported,
   # the bad one failed, the rest ok, exit 1.
-  file(COPY ${EXAMPLES}/ DESTINATION ${WORK}/examples PATTERN host EXCLUDE)  # sources, not models
+  file(COPY ${EXAMPLES}/ DESTINATION ${WORK}/examples PATTERN host EXCLUDE PATTERN python EXCLUDE)  # sources, not models
   file(WRITE ${WORK}/examples/stl/garbage.stl "this is not a mesh\n")
   file(GLOB_RECURSE files ${WORK}/examples/*)
   list(LENGTH files fileCount)

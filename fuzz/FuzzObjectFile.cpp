@@ -154,19 +154,7 @@ public:
     using CMWZORFile::CMWZORFile;
 
     void ReadTrailingCollisions(const std::string& path, long start, bool newForm) {
-        if (m_stream != nullptr) std::fclose(m_stream);
-        m_stream = std::fopen(path.c_str(), "r");
-        if (m_stream == nullptr) return;
-        if (std::fseek(m_stream, start, SEEK_SET) != 0) return;
-        CString line;
-        for (;;) {
-            const long here = std::ftell(m_stream);
-            if (!ReadLine(line)) return;
-            if (line != "}") {
-                std::fseek(m_stream, here, SEEK_SET);
-                break;
-            }
-        }
+        if (!SeekCollisionSection(path.c_str(), start)) return;
         void** first = nullptr;
         void** second = nullptr;
         unsigned int* codes = nullptr;

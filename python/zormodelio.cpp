@@ -561,18 +561,7 @@ public:
     // The pairs, or None when there is no section; false when it does not read.
     bool ReadTrailingCollisions(const std::string& path, long start, py::object* pairs) {
         *pairs = py::none();
-        if (m_stream != nullptr) std::fclose(m_stream);
-        m_stream = zor::open_file(path.c_str(), "r");
-        if (m_stream == nullptr || std::fseek(m_stream, start, SEEK_SET) != 0) return true;
-        CString line;
-        for (;;) {
-            const long here = std::ftell(m_stream);
-            if (!ReadLine(line)) return true;
-            if (line != "}") {
-                std::fseek(m_stream, here, SEEK_SET);
-                break;
-            }
-        }
+        if (!SeekCollisionSection(path.c_str(), start)) return true;
         void** first = nullptr;
         void** second = nullptr;
         unsigned int* codes = nullptr;

@@ -13,6 +13,7 @@
 #include "module/Allocation.h"
 #include "objectfile/MWZORFile.h"
 #include "objectfile/ObjectFileState.h"
+#include "platform/crtpath.h"
 #include "objectfile/ReadGuard.h"
 
 namespace {
@@ -176,4 +177,16 @@ void CMWZORFile::FreeCollision(void** firstNames, void** secondNames, unsigned i
     }
     std::free(codes);
     std::free(values);
+}
+
+bool CMWZORFile::SeekCollisionSection(const char* path, long start) {
+    if (m_stream != nullptr) std::fclose(m_stream);
+    m_stream = zor::open_file(path, "r");
+    if (m_stream == nullptr || std::fseek(m_stream, start, SEEK_SET) != 0) return false;
+    CString line;
+    for (;;) {
+        const long here = std::ftell(m_stream);
+        if (!ReadLine(line)) return false;
+        if (line != "}") return std::fseek(m_stream, here, SEEK_SET) == 0;
+    }
 }

@@ -227,6 +227,12 @@ public:
     std::FILE* m_stream;         // null once the file is exhausted or did not open
 
 protected:
+    // For hosts that read the collision section after the last record: the
+    // last ReadType ran to the end of the file looking for another record, so
+    // the file is opened again at start (where that call began) and the "}"
+    // lines closing containers are passed. true: a section's first line is
+    // next; false: nothing but closing braces follows (or the file is gone).
+    ZOR_INTERNAL bool SeekCollisionSection(const char* path, long start);
     // Next non-empty line, descrambled and trimmed; false (and the file
     // closed) at its end.
     ZOR_INTERNAL bool ReadLine(CString& line);

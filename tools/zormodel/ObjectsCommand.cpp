@@ -246,18 +246,7 @@ public:
     bool ReadTrailingCollisions(const std::string& path, long start, unsigned int* count, std::vector<Report>* pairs,
                                 bool* failed) {
         *failed = false;
-        if (m_stream != nullptr) std::fclose(m_stream);
-        m_stream = zor::open_file(path.c_str(), "r");
-        if (m_stream == nullptr || std::fseek(m_stream, start, SEEK_SET) != 0) return false;
-        CString line;
-        for (;;) {
-            const long here = std::ftell(m_stream);
-            if (!ReadLine(line)) return false;
-            if (line != "}") {
-                std::fseek(m_stream, here, SEEK_SET);
-                break;
-            }
-        }
+        if (!SeekCollisionSection(path.c_str(), start)) return false;
         void** first = nullptr;
         void** second = nullptr;
         unsigned int* codes = nullptr;
